@@ -1,0 +1,19 @@
+# Sourced by ./test and ./run: installs what a bare Debian 12 lacks, through apt, as root or by sudo.
+
+tidewell_packages=(
+  build-essential ca-certificates ccache clang cmake lld ninja-build pkg-config
+  qt6-base-dev libqt6svg6-dev libqt6svg6 libqt6sql6-sqlite qt6-qpa-plugins
+  zlib1g-dev libsodium-dev libabsl-dev libgtest-dev libgmock-dev libbenchmark-dev
+  fonts-dejavu-core)
+
+install_dependencies() {
+  local missing=() package as_root=()
+  for package in "${tidewell_packages[@]}"; do
+    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+  done
+  [ ${#missing[@]} -eq 0 ] && return 0
+  [ "$(id -u)" -eq 0 ] || as_root=(sudo)
+  echo "Installing: ${missing[*]}"
+  "${as_root[@]}" apt-get update -q
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -q --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,12 @@
+#include "search/wish_list_schema.h"
+
+#include "store/data.h"
+#include "store/data_saver.h"
+
+void CreateWishListTypes() {
+    Type* const lp_item = d.NewType("wish_list_item", true, false, true);
+    Type* const lp_enabled = d.NewType("wish_list_item_enabled", false, true, true);
+    lp_item->RelateToType(lp_enabled, Many, One, false);
+    dataSaver->AddSavedType("wish_list_item");
+    dataSaver->AddSavedType("wish_list_item_enabled");
+}

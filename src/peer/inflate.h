@@ -1,0 +1,47 @@
+// The compressed peer messages: all of the frame behind the code is one zlib stream with no length before it.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include <zlib.h>
+
+#include "net/mem_stream.h"
+
+// Inflates while it is read, piece by piece, so that memory follows what the reader keeps and never what the sender
+// packed: zlib packs zeros a thousand to one.
+class InflateStream : public InputStream {
+public:
+    // i_compressed must outlive the stream. Bytes behind the end of the zlib stream are ignored. Beyond i_limit
+    // inflated bytes the stream counts as one that failed to inflate.
+    InflateStream(std::string_view i_compressed, std::size_t i_limit);
+    ~InflateStream() override;
+    InflateStream(const InflateStream&) = delete;
+    InflateStream& operator=(const InflateStream&) = delete;
+
+    [[nodiscard]] bool ReadBuffer(void* ip_destination, unsigned long i_length) override;
+
+    // Inflates the rest without keeping it; true if the whole stream was sound, complete and within the limit. A reader
+    // keeps what it has read only then: a stream that fails at its end is worth nothing from its start.
+    [[nodiscard]] bool Finish();
+    // True when it failed for want of memory: no fault of the sender.
+    [[nodiscard]] bool WasMemoryShort() const { return m_wasMemoryShort; }
+
+private:
+    bool InflatePiece();
+
+    z_stream m_zlib{};
+    std::string m_window; // inflated and not yet read: the bytes from m_read on
+    std::size_t m_read = 0;
+    std::size_t m_inflated = 0; // in all
+    const std::size_t m_limit;
+    bool m_hasEnded = false;
+    bool m_hasFailed = false;
+    bool m_wasMemoryShort = false;
+};
+
+// The message of code i_code whose plain body is i_body: the code, then the body packed at level 9. Empty when memory
+// is short.
+[[nodiscard]] std::optional<MemStream> PackMessage(int i_code, const MemStream& i_body);

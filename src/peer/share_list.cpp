@@ -1,0 +1,39 @@
+#include "peer/share_list.h"
+
+std::optional<ShareList> DecodeShareList(InputStream& io_body) {
+    ShareList l_list;
+    if (!io_body.Read(l_list.folders))
+        return std::nullopt;
+    if (!io_body.Read(l_list.attributeNames))
+        l_list.attributeNames.clear();
+    return l_list;
+}
+
+MemStream EncodeShareList(const FileInfoMap& i_folders) {
+    MemStream l_body;
+    l_body.Write(i_folders);
+    l_body.Write(AttributeTranslationTable());
+    return l_body;
+}
+
+std::optional<FolderReply> DecodeFolderReply(InputStream& io_body) {
+    FolderReply l_reply;
+    std::uint32_t l_count = 0;
+    std::string l_folder;
+    if (!io_body.Read(l_reply.request) || !io_body.Read(l_reply.folder) || !io_body.ReadCount(l_count))
+        return std::nullopt;
+    // Only one folder is ever asked for; whatever follows it has no meaning.
+    if (l_count == 0 || !io_body.Read(l_folder) || !io_body.Read(l_reply.files))
+        return std::nullopt;
+    return l_reply;
+}
+
+MemStream EncodeFolderReply(const FolderReply& i_reply) {
+    MemStream l_body;
+    l_body.Write(i_reply.request);
+    l_body.Write(i_reply.folder);
+    l_body.Write(std::uint32_t{1});
+    l_body.Write(i_reply.folder);
+    l_body.Write(i_reply.files);
+    return l_body;
+}

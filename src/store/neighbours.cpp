@@ -1,0 +1,166 @@
+#include "store/neighbours.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace {
+
+bool Before(const Item* ip_left, const Item* ip_right) {
+    return std::less<const Item*>()(ip_left, ip_right);
+}
+
+} // namespace
+
+std::size_t Neighbours::Size() const {
+    switch (Kind()) {
+    case c_single:
+        return m_bits != 0 ? 1 : 0;
+    case c_array:
+        return AsArray()->m_size;
+    default:
+        return AsTree()->size();
+    }
+}
+
+Item* Neighbours::FirstOfMany() const {
+    return Kind() == c_array ? AsArray()->Items()[0] : *AsTree()->begin();
+}
+
+bool Neighbours::ManyContain(const Item* ip_item) const {
+    if (Kind() == c_array) {
+        Item** lp_items = AsArray()->Items();
+        return std::binary_search(lp_items, lp_items + AsArray()->m_size, ip_item, Before);
+    }
+    return AsTree()->contains(const_cast<Item*>(ip_item));
+}
+
+bool Neighbours::Insert(Item* ip_item) {
+    if (m_bits == 0) {
+        m_bits = reinterpret_cast<std::uintptr_t>(ip_item);
+        return true;
+    }
+    if (Kind() == c_array)
+        return InsertInArray(ip_item);
+    if (Kind() == c_tree)
+        return InsertInTree(ip_item);
+    if (Single() == ip_item)
+        return false;
+    Array* lp_array = NewArray(2);
+    lp_array->m_size = 2;
+    lp_array->Items()[0] = std::min(Single(), ip_item, Before);
+    lp_array->Items()[1] = std::max(Single(), ip_item, Before);
+    m_bits = reinterpret_cast<std::uintptr_t>(lp_array) | c_array;
+    return true;
+}
+
+bool Neighbours::InsertInArray(Item* ip_item) {
+    Array* lp_array = AsArray();
+    Item** lp_end = lp_array->Items() + lp_array->m_size;
+    Item** lp_place =
+        Before(lp_end[-1], ip_item) ? lp_end : std::lower_bound(lp_array->Items(), lp_end, ip_item, Before);
+    if (lp_place != lp_end && *lp_place == ip_item)
+        return false;
+    if (lp_array->m_size == c_longestArray) {
+        Tree* lp_tree = new Tree(lp_array->Items(), lp_end);
+        lp_tree->insert(ip_item);
+        std::free(lp_array);
+        m_bits = reinterpret_cast<std::uintptr_t>(lp_tree) | c_tree;
+        return true;
+    }
+    const std::size_t l_before = static_cast<std::size_t>(lp_place - lp_array->Items());
+    const std::size_t l_after = lp_array->m_size - l_before;
+    if (lp_array->m_size == lp_array->m_capacity) {
+        // Even capacities fill the allocator's 16-byte steps.
+        const std::uint32_t l_more = lp_array->m_capacity < 8 ? 2 : (lp_array->m_capacity / 2 + 1) & ~1U;
+        Array* lp_larger = NewArray(std::min(c_longestArray, lp_array->m_capacity + l_more));
+        lp_larger->m_size = lp_array->m_size;
+        std::memcpy(lp_larger->Items(), lp_array->Items(), l_before * sizeof(Item*));
+        std::memcpy(lp_larger->Items() + l_before + 1, lp_place, l_after * sizeof(Item*));
+        std::free(lp_array);
+        lp_array = lp_larger;
+        m_bits = reinterpret_cast<std::uintptr_t>(lp_array) | c_array;
+    } else {
+        std::memmove(lp_place + 1, lp_place, l_after * sizeof(Item*));
+    }
+    lp_array->Items()[l_before] = ip_item;
+    ++lp_array->m_size;
+    return true;
+}
+
+bool Neighbours::InsertInTree(Item* ip_item) {
+    // Items made in a row lie at rising addresses, so the end is the usual place.
+    Tree* lp_tree = AsTree();
+    const std::size_t l_before = lp_tree->size();
+    if (Before(*lp_tree->rbegin(), ip_item))
+        lp_tree->insert(lp_tree->end(), ip_item);
+    else
+        lp_tree->insert(ip_item);
+    return lp_tree->size() != l_before;
+}
+
+bool Neighbours::Erase(Item* ip_item) {
+    if (Kind() == c_array)
+        return EraseFromArray(ip_item);
+    if (Kind() == c_tree)
+        return EraseFromTree(ip_item);
+    if (m_bits == 0 || Single() != ip_item)
+        return false;
+    m_bits = 0;
+    return true;
+}
+
+bool Neighbours::EraseFromArray(Item* ip_item) {
+    Array* lp_array = AsArray();
+    Item** lp_end = lp_array->Items() + lp_array->m_size;
+    Item** lp_place = std::lower_bound(lp_array->Items(), lp_end, ip_item, Before);
+    if (lp_place == lp_end || *lp_place != ip_item)
+        return false;
+    std::memmove(lp_place, lp_place + 1, static_cast<std::size_t>(lp_end - lp_place - 1) * sizeof(Item*));
+    if (--lp_array->m_size == 1) {
+        m_bits = reinterpret_cast<std::uintptr_t>(lp_array->Items()[0]);
+        std::free(lp_array);
+    }
+    return true;
+}
+
+bool Neighbours::EraseFromTree(Item* ip_item) {
+    Tree* lp_tree = AsTree();
+    if (lp_tree->erase(ip_item) == 0)
+        return false;
+    if (lp_tree->size() <= c_smallestTree) {
+        Array* lp_array = NewArray(c_smallestTree);
+        std::copy(lp_tree->begin(), lp_tree->end(), lp_array->Items());
+        lp_array->m_size = static_cast<std::uint32_t>(lp_tree->size());
+        delete lp_tree;
+        m_bits = reinterpret_cast<std::uintptr_t>(lp_array) | c_array;
+    }
+    return true;
+}
+
+void Neighbours::FreeMany() {
+    if (Kind() == c_array)
+        std::free(AsArray());
+    else
+        delete AsTree();
+}
+
+Neighbours::Array* Neighbours::NewArray(std::uint32_t i_capacity) {
+    void* lp_memory = std::malloc(sizeof(Array) + i_capacity * sizeof(Item*));
+    if (lp_memory == nullptr)
+        throw std::bad_alloc();
+    return new (lp_memory) Array{0, i_capacity};
+}
+
+bool Neighbours::IsWellFormed() const {
+    if (Kind() == c_single)
+        return true;
+    const Item* lp_last = nullptr;
+    const bool l_isAscending = !AnyOf([&lp_last](const Item* ip_item) {
+        const bool l_isWrong = ip_item == nullptr || !Before(lp_last, ip_item);
+        lp_last = ip_item;
+        return l_isWrong;
+    });
+    return l_isAscending && Size() > 1;
+}

@@ -1,0 +1,114 @@
+// The items that one item is connected to over one relation, in eight bytes: nothing, one pointer, or a pointer to
+// a sorted array while they are few and to a tree of small nodes when they are many. So a `One` end costs a plain
+// pointer, and an attribute shared by half a million owners is still left and joined in logarithmic time.
+// Always in address order.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <utility>
+
+#include <absl/container/btree_set.h>
+
+class Item;
+
+class Neighbours {
+public:
+    using Tree = absl::btree_set<Item*, std::less<Item*>>;
+
+    Neighbours() = default;
+    Neighbours(Neighbours&& i_other) noexcept : m_bits(std::exchange(i_other.m_bits, 0)) {}
+    Neighbours& operator=(Neighbours&&) = delete;
+    ~Neighbours() { Clear(); }
+
+    bool IsEmpty() const { return m_bits == 0; }
+    std::size_t Size() const;
+    // The one of lowest address, null when empty.
+    Item* First() const { return Kind() == c_single ? Single() : FirstOfMany(); }
+    bool Contains(const Item* ip_item) const {
+        return Kind() == c_single ? m_bits == reinterpret_cast<std::uintptr_t>(ip_item) && m_bits != 0
+                                  : ManyContain(ip_item);
+    }
+    // False when it was there already.
+    bool Insert(Item* ip_item);
+    // False when it was not there.
+    bool Erase(Item* ip_item);
+    void Clear() {
+        if (Kind() != c_single)
+            FreeMany();
+        m_bits = 0;
+    }
+
+    // Calls with each item in address order until the call answers true; tells whether one did.
+    // The callback must not change this set.
+    template <class Predicate>
+    bool AnyOf(Predicate i_predicate) const;
+    template <class Visitor>
+    void ForEach(Visitor i_visit) const;
+
+    // The representation is sound: ascending, no array or tree of none. Touches none of the items.
+    bool IsWellFormed() const;
+
+private:
+    struct Array {
+        std::uint32_t m_size;
+        std::uint32_t m_capacity;
+        Item** Items() { return reinterpret_cast<Item**>(this + 1); }
+    };
+
+    // The low bits of a pointer tell what it points to.
+    static constexpr std::uintptr_t c_single = 0;
+    static constexpr std::uintptr_t c_array = 1;
+    static constexpr std::uintptr_t c_tree = 2;
+    static constexpr std::uintptr_t c_kindMask = 3;
+    static constexpr std::uint32_t c_longestArray = 32;
+    // A tree that shrinks to this becomes an array again; well below the longest array so that a set that goes up
+    // and down at the border is not converted each time.
+    static constexpr std::uint32_t c_smallestTree = 16;
+
+    std::uintptr_t Kind() const { return m_bits & c_kindMask; }
+    Item* Single() const { return reinterpret_cast<Item*>(m_bits); }
+    Array* AsArray() const { return reinterpret_cast<Array*>(m_bits - c_array); }
+    Tree* AsTree() const { return reinterpret_cast<Tree*>(m_bits - c_tree); }
+
+    static Array* NewArray(std::uint32_t i_capacity);
+    Item* FirstOfMany() const;
+    bool ManyContain(const Item* ip_item) const;
+    void FreeMany();
+    bool InsertInArray(Item* ip_item);
+    bool InsertInTree(Item* ip_item);
+    bool EraseFromArray(Item* ip_item);
+    bool EraseFromTree(Item* ip_item);
+
+    std::uintptr_t m_bits = 0;
+};
+
+template <class Predicate>
+bool Neighbours::AnyOf(Predicate i_predicate) const {
+    if (m_bits == 0)
+        return false;
+    if (Kind() == c_single)
+        return i_predicate(Single());
+    if (Kind() == c_array) {
+        Array* lp_array = AsArray();
+        for (std::uint32_t l_index = 0; l_index < lp_array->m_size; ++l_index) {
+            if (i_predicate(lp_array->Items()[l_index]))
+                return true;
+        }
+        return false;
+    }
+    for (Item* lp_item : *AsTree()) {
+        if (i_predicate(lp_item))
+            return true;
+    }
+    return false;
+}
+
+template <class Visitor>
+void Neighbours::ForEach(Visitor i_visit) const {
+    AnyOf([&i_visit](Item* ip_item) {
+        i_visit(ip_item);
+        return false;
+    });
+}

@@ -40,7 +40,7 @@ bool IsSettingYes(std::string_view i_key) {
 }
 
 void SetSetting(std::string_view i_key, const Value& i_value) {
-    d.GetType("global")->GetItem(i_key).Connect(d.GetType("global_value")->GetItem(i_value));
+    d.GetType("global")->GetItem(i_key)->Connect(d.GetType("global_value")->GetItem(i_value));
 }
 
 void SetDefaultSetting(std::string_view i_key, const Value& i_value) {

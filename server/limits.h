@@ -1,0 +1,50 @@
+// Every cap of the central server, each with its reason. Tests make a Limits of their own with shorter times.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+
+struct Limits {
+    // Connections. The descriptor limit lowers `sessions` at the start; see CentralServer.
+    int sessions = 10000;
+    int unauthenticated = 1024;         // beyond it the oldest stranger makes room for the newest
+    int unauthenticatedPerAddress = 64; // one address cannot push the others out
+    std::chrono::milliseconds loginTime{60000};
+    std::chrono::milliseconds closingTime{5000}; // for a refused client to take its last bytes
+
+    // Frames. A stranger needs room for one login; the largest message of a user is a chat line of 128 KiB.
+    std::size_t loginFrame = 64 * 1024;
+    std::size_t frame = 512 * 1024;
+    std::int64_t readBuffer = 64 * 1024; // what a socket holds before its sender has to wait
+    int framesPerTurn = 100;             // then other sessions get their turn
+
+    // Bytes waiting for one client, and the smaller allowance once all queues together are too long.
+    std::int64_t sendQueue = 8 * 1024 * 1024;
+    std::int64_t sendQueues = 256 * 1024 * 1024;
+    std::int64_t sendQueueWhenFull = 1024 * 1024;
+
+    // A session pays for the bytes it sends and for all bytes that they make the server send to anyone. One that
+    // has used up its allowance is not read until it has refilled, so a flood slows only its own sender.
+    std::int64_t trafficBurst = 4 * 1024 * 1024;
+    std::int64_t trafficPerSecond = 1024 * 1024;
+    std::int64_t trafficPerFrame = 64; // the cost of a message beside its bytes
+
+    // Names and texts, in bytes.
+    std::size_t name = 64;
+    std::size_t password = 256;
+    std::size_t roomName = 64;
+
+    // What one user can make the server remember while logged in.
+    std::size_t trackedUsers = 10000;
+    std::size_t roomsOfUser = 100;
+    std::size_t rooms = 10000;
+
+    // Messages kept for one user, and those of them from one sender. All of them go out at one login, so their
+    // bytes must fit well into the send queue.
+    int keptMessages = 1000;
+    int keptMessagesOfSender = 200;
+    std::int64_t keptBytes = 2 * 1024 * 1024;
+
+    int passwordThreads = 2; // each takes 64 MiB while it works
+};

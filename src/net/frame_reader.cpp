@@ -10,11 +10,20 @@ std::size_t FrameReader::Wanted() const {
         return 0;
     if (!IsLengthKnown())
         return sizeof(m_header) - m_headerLength;
-    return std::min(m_header - static_cast<std::size_t>(m_frame.GetWriteIndex()), limits::receivePiece);
+    return std::min(CapacityForMore() - static_cast<std::size_t>(m_frame.GetWriteIndex()), limits::receivePiece);
+}
+
+std::size_t FrameReader::CapacityForMore() const {
+    // One piece to begin with, then twice what is full: a frame costs no more than that, whatever it has announced.
+    const std::size_t l_capacity = static_cast<std::size_t>(m_frame.GetCapacity());
+    std::size_t l_wanted = std::max(l_capacity, limits::receivePiece);
+    if (m_frame.GetFreeCapacity() == 0)
+        l_wanted = std::max(l_wanted, 2 * l_capacity);
+    return std::min<std::size_t>(l_wanted, m_header);
 }
 
 FrameReader::Status FrameReader::Take(const char* ip_bytes, std::size_t i_length) {
-    NET_CONTRACT(i_length <= Wanted());
+    TIDEWELL_CONTRACT(i_length <= Wanted());
     if (i_length > 0)
         std::memcpy(Place(), ip_bytes, i_length);
     return Placed(i_length);
@@ -23,17 +32,12 @@ FrameReader::Status FrameReader::Take(const char* ip_bytes, std::size_t i_length
 char* FrameReader::Place() {
     if (!IsLengthKnown())
         return reinterpret_cast<char*>(&m_header) + m_headerLength;
-    // Doubling, so that a frame costs no more than twice what has arrived of it and one piece.
-    const std::size_t l_end = static_cast<std::size_t>(m_frame.GetWriteIndex()) + Wanted();
-    if (l_end > static_cast<std::size_t>(m_frame.GetCapacity())) {
-        const std::size_t l_doubled = 2 * static_cast<std::size_t>(m_frame.GetCapacity());
-        m_frame.Reserve(static_cast<int>(std::min<std::size_t>(m_header, std::max(l_end, l_doubled))));
-    }
+    m_frame.Reserve(static_cast<int>(CapacityForMore()));
     return m_frame.GetWriteBuffer();
 }
 
 FrameReader::Status FrameReader::Placed(std::size_t i_length) {
-    NET_CONTRACT(i_length <= Wanted());
+    TIDEWELL_CONTRACT(i_length <= Wanted());
     if (m_status != Status::NeedMore)
         return m_status;
     if (!IsLengthKnown())

@@ -73,6 +73,8 @@ public:
 
 private:
     void Judge();
+    // Of the buffer, for the next bytes of the body; at most the body's length.
+    [[nodiscard]] std::size_t CapacityForMore() const;
 
     std::size_t m_limit;
     Status m_status = Status::NeedMore;

@@ -67,7 +67,7 @@ int MemStream::GetFreeCapacity() const {
 
 void MemStream::AdvanceWriteIndex(int i_length) {
     mp_buffer->m_writeIndex += i_length;
-    NET_CONTRACT(mp_buffer->m_writeIndex <= mp_buffer->m_bufferSize);
+    TIDEWELL_CONTRACT(mp_buffer->m_writeIndex <= mp_buffer->m_bufferSize);
 }
 
 int MemStream::GetCapacity() const {
@@ -75,7 +75,7 @@ int MemStream::GetCapacity() const {
 }
 
 void MemStream::EnsureBufferCapacity(int i_capacity) {
-    NET_CONTRACT(mp_buffer->m_writeIndex == 0);
+    TIDEWELL_CONTRACT(mp_buffer->m_writeIndex == 0);
     Reserve(i_capacity);
 }
 

@@ -3,7 +3,7 @@
 
 #include <utility>
 
-#include "net/contract_stand_in.h"
+#include "store/contract.h"
 
 template <class T>
 class rcptr { // NOLINT(readability-identifier-naming): its name is older than the rule
@@ -26,11 +26,11 @@ public:
     }
 
     T* operator->() const {
-        NET_CONTRACT(mp_object != 0);
+        TIDEWELL_CONTRACT(mp_object != 0);
         return mp_object;
     }
     T& operator*() const {
-        NET_CONTRACT(mp_object != 0);
+        TIDEWELL_CONTRACT(mp_object != 0);
         return *mp_object;
     }
     explicit operator bool() const { return mp_object; }

@@ -1,7 +1,9 @@
 // A store of one's own and a listener that writes down what it hears.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "store/data.h"
@@ -53,4 +55,26 @@ private:
     }
 
     std::vector<std::string> m_lines;
+};
+
+// A listener whose deeds a test gives it.
+class Reaction : public DataHandler {
+public:
+    using ItemDeed = std::function<void(Item*)>;
+    using ConnectionDeed = std::function<void(ConnectionInfo)>;
+
+    explicit Reaction(ItemDeed i_deed) : m_itemDeed(std::move(i_deed)) {}
+    explicit Reaction(ConnectionDeed i_deed) : m_connectionDeed(std::move(i_deed)) {}
+
+    EventHandlerBase<Item*>* ForItem() { return MakeHandler(this, &Reaction::OnItem); }
+    EventHandlerBase<ConnectionInfo>* ForConnection() { return MakeHandler(this, &Reaction::OnConnection); }
+    EventHandlerBase<ConnectionInfo&>* ForPair() { return MakeHandler(this, &Reaction::OnPair); }
+
+private:
+    void OnItem(Item* ip_item) { m_itemDeed(ip_item); }
+    void OnConnection(ConnectionInfo i_info) { m_connectionDeed(i_info); }
+    void OnPair(ConnectionInfo& i_info) { m_connectionDeed(i_info); }
+
+    ItemDeed m_itemDeed;
+    ConnectionDeed m_connectionDeed;
 };

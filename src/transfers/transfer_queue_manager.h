@@ -14,13 +14,15 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
 #include <string>
 
+class QFile;
 class QTcpSocket;
 
-class TransferQueueManager : public QObject, public DataHandler, public DataLoadedEventHandler
-{
+class TransferQueueManager : public QObject, public DataHandler, public DataLoadedEventHandler {
     Q_OBJECT
+    Q_MOC_INCLUDE(<QTcpSocket>)
 
 public:
     // Creates the Types of transfers. peerMessenger, gp_server, timerManager, dataSaver, sharedFoldersManager and
@@ -40,8 +42,7 @@ public:
     void AddDownload(const std::string& i_user, const std::string& i_fileName, const std::string& i_remoteFolder,
                      long long i_size, int i_subfolderSaveLevel);
     // Null if there is none.
-    Item* GetDownloadEntry(const std::string& i_user, const std::string& i_fileName,
-                           const std::string& i_remoteFolder);
+    Item* GetDownloadEntry(const std::string& i_user, const std::string& i_fileName, const std::string& i_remoteFolder);
     // Every change of status but the reset at the start. Leaving "downloading" ends the running transfer: it stops
     // and waits for the worker, and frees file and socket.
     void SetDownloadEntryStatus(ItemPtr i_entry, const std::string& i_status);
@@ -90,20 +91,20 @@ Q_SIGNALS:
 
 public Q_SLOTS:
     // Peer messages about downloads.
-    void OnUploadFailedNotification(std::string i_user, std::string i_path);
-    void OnUploadDeniedNotification(std::string i_user, std::string i_path, std::string i_reason);
-    void OnDownloadPlaceInLine(std::string i_user, std::string i_path, int i_place);
+    void OnUploadFailedNotification(const std::string& i_user, const std::string& i_path);
+    void OnUploadDeniedNotification(const std::string& i_user, const std::string& i_path, const std::string& i_reason);
+    void OnDownloadPlaceInLine(const std::string& i_user, const std::string& i_path, int i_place);
 
     // Peer messages about uploads.
-    void OnQueueUploadRequested(std::string i_user, std::string i_path);
+    void OnQueueUploadRequested(const std::string& i_user, const std::string& i_path);
 
     // The negotiation of a file connection. A socket handed over here belongs to this manager.
-    void OnFileTransferRequest(std::string i_user, int i_direction, unsigned int i_token, std::string i_path,
-                               qint64 i_size);
-    void OnFileTransferResponse(std::string i_user, unsigned int i_token, bool i_accepted, bool i_hasSize,
-                                qint64 i_size, std::string i_reason);
-    void OnFileConnection(std::string i_user, QTcpSocket* ip_socket, unsigned int i_token);
-    void OnFileConnectionAccepted(std::string i_user, QTcpSocket* ip_socket);
+    void OnFileTransferRequest(const std::string& i_user, int i_direction, unsigned int i_token,
+                               const std::string& i_path, qint64 i_size);
+    void OnFileTransferResponse(const std::string& i_user, unsigned int i_token, bool i_accepted, bool i_hasSize,
+                                qint64 i_size, const std::string& i_reason);
+    void OnFileConnection(const std::string& i_user, QTcpSocket* ip_socket, unsigned int i_token);
+    void OnFileConnectionAccepted(const std::string& i_user, QTcpSocket* ip_socket);
 
     // Notices of the workers; the sender is the thread. Without an entry of that thread they do nothing.
     void OnDownloadComplete();
@@ -118,9 +119,11 @@ public Q_SLOTS:
     void PeriodicCheck();
 
 private:
-    void CreateTypes();
     void ConnectPeerMessenger();
     void SetDefaults();
+    // Frees the heap cell, a T, whose address the item holds.
+    template <class T>
+    void OnCellRemoved(Item* ip_cell);
 
     // downloads.cpp
     void OnUserOnline(Item* ip_user);
@@ -129,19 +132,18 @@ private:
 
     // uploads.cpp
     void QueueNewUpload(ItemPtr i_user, ItemPtr i_file, const std::string& i_path);
-    void OnUploadsQueued();
+    void ScheduleNewUploads();
     void AbortStalledUploads();
 
     // file_connections.cpp
     void OpenUpload(ItemPtr i_entry);
     Item* DownloadForConnection(const std::string& i_user, unsigned int i_token);
+    void StartDownload(ItemPtr i_entry, QTcpSocket* ip_socket, std::unique_ptr<QFile> ip_file);
 
-    // Frees the heap cell, a T, whose address the item holds.
-    template <class T>
-    void OnCellRemoved(Item* ip_cell);
-
-    // Entries were queued since the uploads were last put in order; one call of OnUploadsQueued() is on its way.
-    bool m_uploadsQueued = false;
+    // Requests come in bursts, and ordering the queue costs a walk over all of it: entries are queued at once, and put
+    // in order and started when the event loop comes round, or earlier when a slot falls free.
+    bool m_uploadOrderIsStale = false;
+    bool m_uploadsAreScheduled = false;
 
     int m_uploadSpeedLimit = 0; // KiB per second, 0 for none; guarded by m_uploadSpeedMutex
     QMutex m_uploadSpeedMutex;

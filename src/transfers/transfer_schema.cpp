@@ -5,15 +5,13 @@
 
 namespace {
 
-struct TypeRow
-{
+struct TypeRow {
     const char* name;
     bool isRoot;
     bool isNull;
 };
 
-struct RelationRow
-{
+struct RelationRow {
     const char* type;
     OneOrMany from;
     const char* other;
@@ -21,46 +19,29 @@ struct RelationRow
 };
 
 constexpr TypeRow kDownloadTypes[] = {
-    {"download_entry", true, true},
-    {"file_name", false, false},
-    {"remote_folder", false, false},
-    {"file_size", false, false},
-    {"download_folder", false, false},
-    {"transfer_req", false, false},
-    {"remote_transfer_req", false, false},
-    {"download_entry_status", false, false},
-    {"download_order", false, false},
-    {"is_active", false, true},
-    {"place_in_line", false, false},
-    {"last_place_in_line_request_time", false, false},
-    {"subfolder_save_level", false, false},
-    {"last_status_change_time", false, false},
+    {"download_entry", true, true},         {"file_name", false, false},
+    {"remote_folder", false, false},        {"file_size", false, false},
+    {"download_folder", false, false},      {"transfer_req", false, false},
+    {"remote_transfer_req", false, false},  {"download_entry_status", false, false},
+    {"download_order", false, false},       {"is_active", false, true},
+    {"place_in_line", false, false},        {"last_place_in_line_request_time", false, false},
+    {"subfolder_save_level", false, false}, {"last_status_change_time", false, false},
 };
 
 // The values of these are addresses: of an object that the transfer owns, or of a heap cell whose figure changes
 // with every notice of a worker and so costs no event of the store.
 constexpr TypeRow kLiveTypes[] = {
-    {"download_socket", true, false},
-    {"upload_socket", true, false},
-    {"download_file", true, false},
-    {"upload_file", true, false},
-    {"download_thread", true, false},
-    {"upload_thread", true, false},
-    {"write_position", false, false},
-    {"read_position", false, false},
-    {"bytes_per_second", false, false},
+    {"download_socket", true, false},    {"upload_socket", true, false},   {"download_file", true, false},
+    {"upload_file", true, false},        {"download_thread", true, false}, {"upload_thread", true, false},
+    {"write_position", false, false},    {"read_position", false, false},  {"bytes_per_second", false, false},
     {"last_receipt_time", false, false},
 };
 
 // `upload_entry_status` is a root: its items keep their `is_active` flag through every sweep, and by way of the
 // one shared flag the download status "downloading" stays reachable too.
 constexpr TypeRow kUploadTypes[] = {
-    {"upload_entry", true, true},
-    {"filename_as_requested", false, false},
-    {"upload_start_time", false, false},
-    {"bytes_uploaded", false, false},
-    {"effective_upload_order", false, false},
-    {"upload_entry_status", true, false},
+    {"upload_entry", true, true},     {"filename_as_requested", false, false},  {"upload_start_time", false, false},
+    {"bytes_uploaded", false, false}, {"effective_upload_order", false, false}, {"upload_entry_status", true, false},
     {"upload_order", false, false},
 };
 
@@ -113,28 +94,25 @@ constexpr RelationRow kDenialRelations[] = {
 };
 
 // What of a download entry outlives the process. Of an upload nothing does: the peers ask again.
-constexpr const char* kSavedWithDownload[] = {
-    "user",           "file_name",  "remote_folder", "file_size", "download_folder", "download_entry_status",
-    "download_order", "subfolder_save_level"};
+constexpr const char* kSavedWithDownload[] = {"user",           "file_name",           "remote_folder",
+                                              "file_size",      "download_folder",     "download_entry_status",
+                                              "download_order", "subfolder_save_level"};
 
 template <std::size_t Count>
-void MakeTypes(const TypeRow (&i_rows)[Count])
-{
+void MakeTypes(const TypeRow (&i_rows)[Count]) {
     for (const TypeRow& l_row : i_rows)
         d.NewType(l_row.name, l_row.isRoot, l_row.isNull, true);
 }
 
 template <std::size_t Count>
-void Relate(const RelationRow (&i_rows)[Count])
-{
+void Relate(const RelationRow (&i_rows)[Count]) {
     for (const RelationRow& l_row : i_rows)
         d.GetType(l_row.type)->RelateToType(d.GetType(l_row.other), l_row.from, l_row.to, false);
 }
 
 } // namespace
 
-void CreateTransferTypes()
-{
+void CreateTransferTypes() {
     MakeTypes(kDownloadTypes);
     MakeTypes(kLiveTypes);
     Relate(kDownloadRelations);

@@ -34,7 +34,7 @@ public:
     void ForEach(Visitor i_visit) const;
 
 private:
-    struct Slab {
+    struct alignas(std::uint64_t) Slab { // what follows it is aligned by its size
         std::uint32_t capacity;
         std::uint32_t used;       // records that are live or retired
         std::uint32_t recordSize; // bytes

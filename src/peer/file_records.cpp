@@ -22,6 +22,10 @@ bool FileInfo::Read(InputStream& io_stream) {
         *this = FileInfo();
         return true;
     }
+    return ReadPresent(io_stream);
+}
+
+bool FileInfo::ReadPresent(InputStream& io_stream) {
     return io_stream.Read(name) && io_stream.Read(size) && attributes.Read(io_stream);
 }
 
@@ -39,9 +43,35 @@ bool FileInfo::operator==(const FileInfo& i_other) const {
 
 bool SharedFolderInfo::Read(InputStream& io_stream) {
     std::uint32_t l_reserved = 0;
-    return io_stream.Read(files) && io_stream.Read(l_reserved);
+    files.clear();
+    return ReadFiles(io_stream, files) && io_stream.Read(l_reserved);
 }
 
 bool SharedFolderInfo::Write(OutputStream& o_stream) const {
     return o_stream.Write(files) && o_stream.Write(std::uint32_t{0});
+}
+
+// Absent records take one byte each, so a packed list may hold hundreds of millions of them: they must be cheap to
+// pass.
+bool ReadFiles(InputStream& io_stream, std::set<FileInfo>& io_files) {
+    std::uint32_t l_count = 0;
+    if (!io_stream.ReadCount(l_count))
+        return false;
+    bool l_hasAbsent = false;
+    for (; l_count > 0; --l_count) {
+        bool l_isPresent = false;
+        if (!io_stream.Read(l_isPresent))
+            return false;
+        if (!l_isPresent) {
+            l_hasAbsent = true;
+            continue;
+        }
+        FileInfo l_file;
+        if (!l_file.ReadPresent(io_stream))
+            return false;
+        io_files.insert(std::move(l_file));
+    }
+    if (l_hasAbsent)
+        io_files.insert(FileInfo());
+    return true;
 }

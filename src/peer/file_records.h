@@ -46,6 +46,9 @@ public:
     // By name, bytewise, then by size: a set holds no two records that agree in both.
     bool operator<(const FileInfo& i_other) const;
     bool operator==(const FileInfo& i_other) const;
+
+    // The fields behind the flag.
+    [[nodiscard]] bool ReadPresent(InputStream& io_stream);
 };
 
 class SharedFolderInfo : public Persistent {
@@ -55,6 +58,9 @@ public:
     [[nodiscard]] bool Read(InputStream& io_stream) override;
     bool Write(OutputStream& o_stream) const override;
 };
+
+// The records of one folder: count, then that many. What is read joins the set.
+[[nodiscard]] bool ReadFiles(InputStream& io_stream, std::set<FileInfo>& io_files);
 
 // Folder path, with backslashes, to the folder's files; bytewise by path.
 using FileInfoMap = std::map<std::string, std::set<FileInfo>>;

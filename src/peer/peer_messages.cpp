@@ -65,7 +65,7 @@ std::size_t LongestPeerFrame(int i_code) {
 
 std::optional<int> PeekMessageCode(const MemStream& i_message) {
     std::int32_t l_code = 0;
-    const std::string_view l_bytes = i_message.GetPending();
+    const std::string_view l_bytes = i_message.GetWritten();
     if (l_bytes.size() < sizeof(l_code))
         return std::nullopt;
     std::memcpy(&l_code, l_bytes.data(), sizeof(l_code));

@@ -47,7 +47,7 @@ enum PeerMessageCode : std::int32_t {
 // The longest body, in bytes and with its code, that a frame of this code may have.
 [[nodiscard]] std::size_t LongestPeerFrame(int i_code);
 
-// Empty when fewer than four bytes are pending. Moves nothing.
+// The first four bytes, read or not; empty when they are not all there.
 [[nodiscard]] std::optional<int> PeekMessageCode(const MemStream& i_message);
 
 struct ShareListRequest {

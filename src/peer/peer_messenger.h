@@ -37,6 +37,7 @@
 #include "store/data_saver.h"
 
 class QTcpSocket;
+class Strangers;
 struct DirectInit;
 struct IndirectAnswer;
 struct SearchReply;
@@ -139,16 +140,15 @@ public Q_SLOTS:
     void EveryHalfMinute();
 
 private:
-    // The open connection that a handler works on.
+    // The open connection that a handler works on. The name is a copy: a listener may change the store.
     struct Connection {
         QTcpSocket* socket;
         std::string user;
-        ItemPtr userItem;
     };
 
     // connections
     void ConnectToUser(const std::string& i_user, const char* ip_type);
-    void StartDirectAttempt(ItemPtr i_request);
+    void StartDirectAttempt(ItemPtr i_request, ItemPtr i_user, ItemPtr i_type);
     void ConnectLater(QTcpSocket* ip_socket, ItemPtr i_user);
     void OnUserAddress(Item* ip_user);
     void InspectPeerConnectionRequest(ItemPtr i_request);
@@ -161,7 +161,7 @@ private:
     void OnPeerConnectionRequest(Item* ip_request);
     void OnPeerConnectionRequestRemoved(Item* ip_request);
     void ConnectBackToThoseWaiting();
-    void ConnectBack(ItemPtr i_request);
+    void ConnectBack(Item* ip_request);
     void GiveUpConnectingBack(ItemPtr i_request);
     bool HandleInitFrame(QTcpSocket* ip_socket, MemStream& io_body);
     bool HandleIndirectAnswer(QTcpSocket* ip_socket, const IndirectAnswer& i_answer);
@@ -173,7 +173,7 @@ private:
     void ReadFrom(QTcpSocket* ip_socket);
     bool TakeFrame(QTcpSocket* ip_socket, SocketBufferInfo& io_info);
     void ReadFileToken(QTcpSocket* ip_socket, const SocketBufferInfo& i_info);
-    ItemPtr PickPeerSocket(const ItemSet& i_sockets);
+    ItemPtr PickPeerSocket(ItemPtr i_user);
     bool HasRoomFor(QTcpSocket* ip_socket, const MemStream& i_message);
     bool IsListGoingOut(QTcpSocket* ip_socket);
     void DisposeLater(QTcpSocket* ip_socket);
@@ -184,12 +184,34 @@ private:
     void QueueUnsentMessage(ItemPtr i_user, const MemStream& i_message);
     void OnUnsentMessageRemoved(Item* ip_item);
 
-    // handlers
+    // handlers: false ends the connection
     bool HandleMessage(QTcpSocket* ip_socket, MemStream& io_message);
     bool HandleCode(const Connection& i_connection, int i_code, MemStream& io_fields);
+    bool HandleShareListRequest(const Connection& i_connection);
+    bool HandleShareList(const Connection& i_connection, const MemStream& i_packed);
+    bool HandleSearchReply(const Connection& i_connection, const MemStream& i_packed);
+    bool HandleFolderRequest(const Connection& i_connection, InputStream& io_fields);
+    bool HandleTransferRequest(const Connection& i_connection, InputStream& io_fields);
+    bool HandleTransferResponse(const Connection& i_connection, InputStream& io_fields);
+    bool HandleQueueUpload(const Connection& i_connection, InputStream& io_fields);
+    bool HandlePlaceInLine(const Connection& i_connection, InputStream& io_fields);
+    bool HandleUploadFailure(const Connection& i_connection, InputStream& io_fields);
+    bool HandleUploadDenial(const Connection& i_connection, InputStream& io_fields);
+
+    // expiry
+    void ExpireUnsentMessages(const QDateTime& i_now);
+    void ExpireIndirectRequests(const QDateTime& i_now);
+    void ExpireDirectAttempts(const QDateTime& i_now);
+    void ExpireConnectingBack(const QDateTime& i_now);
+    void ExpireIdleConnections(const QDateTime& i_now);
+    void ForgetStrangers();
 
     // caps
+    void AdmitStranger(Strangers& io_strangers, QTcpSocket* ip_socket);
+    QTcpSocket* NewSocket();
     void Adopt(QTcpSocket* ip_socket);
+    void Release(QTcpSocket* ip_socket);
+    void UpdateSocketLimit();
     bool HasRoomForSocket() const;
     void PauseAccepting();
     void ResumeAcceptingIfThereIsRoom();

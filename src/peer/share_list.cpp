@@ -1,8 +1,26 @@
 #include "peer/share_list.h"
 
+namespace {
+
+bool ReadFolders(InputStream& io_body, FileInfoMap& o_folders) {
+    std::uint32_t l_count = 0;
+    if (!io_body.ReadCount(l_count))
+        return false;
+    for (; l_count > 0; --l_count) {
+        std::string l_path;
+        std::set<FileInfo> l_files;
+        if (!io_body.Read(l_path) || !ReadFiles(io_body, l_files))
+            return false;
+        o_folders.emplace(std::move(l_path), std::move(l_files));
+    }
+    return true;
+}
+
+} // namespace
+
 std::optional<ShareList> DecodeShareList(InputStream& io_body) {
     ShareList l_list;
-    if (!io_body.Read(l_list.folders))
+    if (!ReadFolders(io_body, l_list.folders))
         return std::nullopt;
     if (!io_body.Read(l_list.attributeNames))
         l_list.attributeNames.clear();

@@ -40,7 +40,7 @@ struct UserAddress {
     static constexpr std::int32_t code = 3;
     std::string user;
     TCPAddress address; // all zero for a user who is not here
-    static auto Fields(auto& m) { return std::tie(m.user, m.address); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.user, i_m.address); }
 };
 
 struct AddUserReply {
@@ -61,7 +61,7 @@ struct UserStatus {
     std::string user;
     std::int32_t status = 0;
     bool privileged = false;
-    static auto Fields(auto& m) { return std::tie(m.user, m.status, m.privileged); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.user, i_m.status, i_m.privileged); }
 };
 
 struct RoomChat {
@@ -69,7 +69,7 @@ struct RoomChat {
     std::string room;
     std::string user;
     std::string text;
-    static auto Fields(auto& m) { return std::tie(m.room, m.user, m.text); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.room, i_m.user, i_m.text); }
 };
 
 // The receiver is in the room now. The lists go by position of the user.
@@ -92,7 +92,7 @@ struct RoomJoined {
 struct RoomLeft {
     static constexpr std::int32_t code = 15;
     std::string room;
-    static auto Fields(auto& m) { return std::tie(m.room); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.room); }
 };
 
 struct UserJoinedRoom {
@@ -103,14 +103,16 @@ struct UserJoinedRoom {
     UserStats stats;
     std::int32_t freeSlots = 0;
     std::string country;
-    static auto Fields(auto& m) { return std::tie(m.room, m.user, m.status, m.stats, m.freeSlots, m.country); }
+    static auto Fields(auto& i_m) {
+        return std::tie(i_m.room, i_m.user, i_m.status, i_m.stats, i_m.freeSlots, i_m.country);
+    }
 };
 
 struct UserLeftRoom {
     static constexpr std::int32_t code = 17;
     std::string room;
     std::string user;
-    static auto Fields(auto& m) { return std::tie(m.room, m.user); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.room, i_m.user); }
 };
 
 // A user asks the receiver to connect to them.
@@ -121,7 +123,9 @@ struct PeerConnectionRequest {
     TCPAddress address;
     std::uint32_t token = 0; // the user's own
     bool privileged = false;
-    static auto Fields(auto& m) { return std::tie(m.user, m.connectionType, m.address, m.token, m.privileged); }
+    static auto Fields(auto& i_m) {
+        return std::tie(i_m.user, i_m.connectionType, i_m.address, i_m.token, i_m.privileged);
+    }
 };
 
 struct PrivateChat {
@@ -131,14 +135,14 @@ struct PrivateChat {
     std::string user;
     std::string text;
     bool spontaneous = false; // false for a message kept while the receiver was away
-    static auto Fields(auto& m) { return std::tie(m.messageId, m.time, m.user, m.text, m.spontaneous); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.messageId, i_m.time, i_m.user, i_m.text, i_m.spontaneous); }
 };
 
 struct ReceivedUserStats {
     static constexpr std::int32_t code = 36;
     std::string user;
     UserStats stats;
-    static auto Fields(auto& m) { return std::tie(m.user, m.stats); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.user, i_m.stats); }
 };
 
 struct RoomList {
@@ -153,28 +157,28 @@ struct RoomList {
     Group others; // the closed rooms in which the receiver is a member
     std::set<std::string> operated;
     std::vector<std::int32_t> reserved;
-    static auto Fields(auto& m) {
-        return std::tie(m.open.names, m.open.userCounts, m.owned.names, m.owned.userCounts, m.others.names,
-                        m.others.userCounts, m.operated, m.reserved);
+    static auto Fields(auto& i_m) {
+        return std::tie(i_m.open.names, i_m.open.userCounts, i_m.owned.names, i_m.owned.userCounts, i_m.others.names,
+                        i_m.others.userCounts, i_m.operated, i_m.reserved);
     }
 };
 
 struct PrivilegedUsers {
     static constexpr std::int32_t code = 69;
     std::set<std::string> users;
-    static auto Fields(auto& m) { return std::tie(m.users); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.users); }
 };
 
 struct DNetParentMinSpeed {
     static constexpr std::int32_t code = 83;
     std::int32_t speed = 0;
-    static auto Fields(auto& m) { return std::tie(m.speed); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.speed); }
 };
 
 struct DNetParentSpeedConnectionRatio {
     static constexpr std::int32_t code = 84;
     std::int32_t ratio = 0;
-    static auto Fields(auto& m) { return std::tie(m.ratio); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.ratio); }
 };
 
 // A message of the distributed network for a client without a parent: the rest of the body, read elsewhere.
@@ -185,19 +189,19 @@ struct DNetMessage {
 struct DNetPossibleParents {
     static constexpr std::int32_t code = 102;
     std::vector<std::pair<std::string, TCPAddress>> parents;
-    static auto Fields(auto& m) { return std::tie(m.parents); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.parents); }
 };
 
 struct WishListWait {
     static constexpr std::int32_t code = 104;
     std::uint32_t period = 0; // seconds between two saved searches
-    static auto Fields(auto& m) { return std::tie(m.period); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.period); }
 };
 
 struct DNetDeliveryReport {
     static constexpr std::int32_t code = 128;
     std::int32_t request = 0;
-    static auto Fields(auto& m) { return std::tie(m.request); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.request); }
 };
 
 struct DNetReset {
@@ -209,7 +213,7 @@ struct DNetReset {
 struct IndirectConnectionFailure {
     static constexpr std::int32_t code = 1001;
     std::uint32_t token = 0;
-    static auto Fields(auto& m) { return std::tie(m.token); }
+    static auto Fields(auto& i_m) { return std::tie(i_m.token); }
 };
 
 } // namespace from_server

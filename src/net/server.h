@@ -45,7 +45,7 @@ public:
     [[nodiscard]] bool IsConnected() const { return m_state == State::LoggedIn; }
 
     // Frames the body and writes it at once. Dropped without a word unless logged in; with i_duringLogin also sent
-    // while the login is under way.
+    // while the login is under way. A server that does not read what it is sent loses the connection.
     void SendMessage(const MemStream& i_message, bool i_duringLogin);
 
     void SetWaitPort(int i_port);
@@ -111,6 +111,7 @@ private:
 
     void OpenSocket();
     void LetGoOfSocket();
+    void LoseLater();
     void OnDisconnected();
     void OnConnectedToServer();
     void AddPortMapping();

@@ -161,8 +161,23 @@ void Server::SendMessage(const MemStream& i_message, bool i_duringLogin) {
     const bool l_maySend = i_duringLogin ? m_state != State::Disconnected : m_state == State::LoggedIn;
     if (!l_maySend || !mp_socket)
         return;
+    if (mp_socket->bytesToWrite() > static_cast<qint64>(limits::queuedToSocket)) {
+        LoseLater();
+        return;
+    }
     const MemStream l_frame = MakeFrame(i_message);
     mp_socket->write(l_frame.GetReadBuffer(), l_frame.GetPendingReadLength());
+}
+
+void Server::LoseLater() {
+    // Not at once: whoever sends does not expect the session to end under it.
+    const auto l_lose = [this, l_connection = m_connection] {
+        if (l_connection != m_connection)
+            return;
+        LogServer(QStringLiteral("The server has stopped reading, closing the connection"));
+        OnSocketClosed();
+    };
+    QMetaObject::invokeMethod(this, l_lose, Qt::QueuedConnection);
 }
 
 void Server::OnSocketReadyToRead() {

@@ -99,17 +99,6 @@ TEST(MessagesTest, FieldsStandInTheirOrderOnTheWire) {
     EXPECT_EQ(Encode(from_server::PeerConnectionRequest{"bob", "F", {0x0A000001, 2236}, 0x80000001, true}).GetWritten(),
               l_request.GetWritten());
 
-    MemStream l_joined;
-    l_joined.Write(std::int32_t{16});
-    l_joined.Write(std::string("lobby"));
-    l_joined.Write(std::string("dave"));
-    l_joined.Write(std::int32_t{2});
-    l_joined.Write(SampleStats(4));
-    l_joined.Write(std::int32_t{1});
-    l_joined.Write(std::string("US"));
-    EXPECT_EQ(Encode(from_server::UserJoinedRoom{"lobby", "dave", 2, SampleStats(4), 1, "US"}).GetWritten(),
-              l_joined.GetWritten());
-
     const from_server::RoomJoined l_sample = SampleRoomJoined(true);
     MemStream l_room;
     l_room.Write(std::int32_t{14});

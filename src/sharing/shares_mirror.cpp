@@ -15,7 +15,7 @@ namespace {
 constexpr qint64 c_progressInterval = 100; // ms
 
 // The files that a directory had at the last walk, by name. Two lookups in the store and an intersection would tell
-// the same of one file; a table made once per directory costs a quarter of that.
+// the same of one file; a table made once per directory costs a third of that.
 class KnownFiles {
 public:
     explicit KnownFiles(Item* ip_folder) {

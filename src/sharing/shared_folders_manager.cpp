@@ -14,11 +14,13 @@ SharedFoldersManager::SharedFoldersManager(QObject* ip_parent) : QObject(ip_pare
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileNameAdded));
     d.GetType("shared_file_folder")
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileFolderAdded));
+    StartScanner();
     connect(gp_server, &Server::Connected, this, &SharedFoldersManager::OnConnectedToServer);
     connect(gp_server, &Server::ReceivedUserStats, this, &SharedFoldersManager::OnReceivedUserStats);
 }
 
 SharedFoldersManager::~SharedFoldersManager() {
+    StopScanner();
     sharedFoldersManager = nullptr;
 }
 

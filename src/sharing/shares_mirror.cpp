@@ -104,7 +104,7 @@ Item* SharedFoldersManager::AddFile(Item* ip_folder, std::string_view i_name, lo
 void SharedFoldersManager::FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name) {
     const bool l_isMP3 = i_name.size() > 4 && (i_name.ends_with(".mp3") || i_name.ends_with(".MP3"));
     if (l_isMP3 && !ip_file->IsConnected("is_scanned"))
-        Q_EMIT MP3ScanRequired(ToQString(i_listing.FilePath(i_name)));
+        Q_EMIT MP3ScanRequired(QString::fromLatin1(i_listing.FilePath(i_name)));
 }
 
 void SharedFoldersManager::RescanShares() {

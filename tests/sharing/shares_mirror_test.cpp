@@ -143,7 +143,7 @@ TEST_F(SharesMirror, AsksForAScanOfUnscannedMP3Files) {
     const auto l_asked = [&] {
         std::vector<std::string> l_paths;
         for (const QList<QVariant>& l_call : l_spy)
-            l_paths.push_back(l_call[0].toString().toStdString());
+            l_paths.push_back(l_call[0].toString().toLatin1().toStdString());
         l_spy.clear();
         return l_paths;
     };

@@ -7,10 +7,16 @@ ItemPtr SharedFoldersManager::GetSharedFileItem(const std::string& i_path) {
     const std::string l_path = GetAbsoluteFileName(i_path);
     const ItemPtr l_folder = d.GetType("shared_file_folder_lowercase_name")->HasItem(GetFolder(l_path));
     const ItemPtr l_name = d.GetType("shared_file_lowercase_name")->HasItem(GetFileName(l_path));
-    const ItemSet l_ofFolder = l_folder.GetItems("shared_file_folder").GetItems("shared_file");
-    const ItemSet l_ofName = l_name.GetItems("shared_file_name").GetItems("shared_file");
-    const ItemSet l_files = l_ofFolder.Common(l_ofName);
-    return l_files.empty() ? ItemPtr() : ItemPtr(*l_files.begin());
+    // Both ends may have a hundred thousand files; asked together, only the smaller end is looked through.
+    const ItemSet l_names = l_name.GetItems("shared_file_name");
+    for (Item* lp_folder : l_folder.GetItems("shared_file_folder")) {
+        for (Item* lp_name : l_names) {
+            const ItemSet l_files = d.GetItems(lp_folder, lp_name, "shared_file");
+            if (!l_files.empty())
+                return *l_files.begin();
+        }
+    }
+    return ItemPtr();
 }
 
 bool SharedFoldersManager::IsFileSharedWithUser(ItemPtr i_file, const std::string& i_user) {

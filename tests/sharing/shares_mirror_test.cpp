@@ -1,5 +1,7 @@
 #include "sharing/sharing_fixture.h"
 
+#include <QThread>
+
 namespace {
 
 using testing::ElementsAre;
@@ -151,6 +153,19 @@ TEST_F(SharesMirror, AsksForAScanOfUnscannedMP3Files) {
     sharedFoldersManager->GetSharedFileItem(In("a.mp3")).NewItem("is_scanned");
     Rescan();
     EXPECT_THAT(l_asked(), UnorderedElementsAre(In("b.MP3"), In("x/\xc3\xa9.mp3")));
+}
+
+TEST_F(SharesMirror, ALongWalkTellsHowFarItIs) {
+    for (const char* l_name : {"a", "b", "c.mp3", "sub/d", "sub/e"})
+        m_tree.File(l_name);
+    Share(m_tree.Path());
+    const auto l_slow =
+        QObject::connect(sharedFoldersManager, &SharedFoldersManager::MP3ScanRequired, [] { QThread::msleep(110); });
+    QSignalSpy l_spy(sharedFoldersManager, &SharedFoldersManager::WalkProgressed);
+    Rescan();
+    QObject::disconnect(l_slow);
+    ASSERT_FALSE(l_spy.isEmpty());
+    EXPECT_EQ(l_spy[0][0].toInt(), 3);
 }
 
 TEST_F(SharesMirror, LoopsOfLinksEndAndNamesOfAnyBytesAreShared) {

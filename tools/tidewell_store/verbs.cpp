@@ -44,7 +44,9 @@ Complaint RunSet(const Arguments& i_arguments) {
 
 // Absolute, so that it means the same wherever the client is started, and without "." and "..", as a chooser gives it.
 std::string FolderPath(const std::string& i_path) {
-    std::string l_path = std::filesystem::absolute(i_path).lexically_normal().native();
+    std::error_code l_error; // of a current folder that is gone
+    const std::filesystem::path l_absolute = std::filesystem::absolute(i_path, l_error);
+    std::string l_path = (l_error ? std::filesystem::path(i_path) : l_absolute).lexically_normal().native();
     if (l_path.size() > 1 && l_path.ends_with('/'))
         l_path.pop_back();
     return l_path;

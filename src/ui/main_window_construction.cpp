@@ -43,19 +43,19 @@ QString SaveFailureNotice(const SaveResult& i_result) {
     return MainWindow::tr(
                "Your settings and lists could not be saved to %1: %2. What was saved before is still there, and "
                "saving is tried again every five minutes.")
-        .arg(CellText(StorePath()), CellText(std::generic_category().message(i_result.error)));
+        .arg(LabelText(StorePath()), LabelText(std::generic_category().message(i_result.error)));
 }
 
 QString DamageNotice(const LoadResult& i_result) {
     if (i_result.state == LoadResult::Unreadable) {
-        return MainWindow::tr("Your saved settings and lists in %1 could not be read.").arg(CellText(StorePath()));
+        return MainWindow::tr("Your saved settings and lists in %1 could not be read.").arg(LabelText(StorePath()));
     }
     const QString l_sentence =
         MainWindow::tr("The file with your settings and lists is damaged. What could be read has been "
                        "loaded.");
     return i_result.keptAside.empty()
                ? l_sentence
-               : l_sentence + MainWindow::tr(" The damaged file is kept as %1.").arg(CellText(i_result.keptAside));
+               : l_sentence + MainWindow::tr(" The damaged file is kept as %1.").arg(LabelText(i_result.keptAside));
 }
 
 } // namespace

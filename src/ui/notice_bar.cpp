@@ -20,6 +20,8 @@ NoticeBar::NoticeBar(QWidget* ip_parent) : QToolBar(tr("Notice"), ip_parent) {
     mp_label->setObjectName(QStringLiteral("noticeText"));
     mp_label->setTextFormat(Qt::PlainText);
     mp_label->setWordWrap(true);
+    // A wrapping label asks for the height that it would need in a narrow column.
+    mp_label->setMaximumHeight(2 * mp_label->fontMetrics().lineSpacing());
     mp_label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
     addWidget(mp_label);
 

@@ -71,6 +71,7 @@ protected:
         for (const char* lp_mark : {"is_online", "is_privileged", "in_user_list", "unshared"}) {
             g("user").Disconnect(lp_mark);
         }
+        g("connect_to_peer_request").Remove(); // attempts whose indirect leg nobody will answer
         Settle();
     }
 

@@ -208,9 +208,10 @@ TEST_F(UploadQueue, PhasesBeforeTheTransferTimeOut) {
 
     EXPECT_EQ(Status(l_second), "requesting");
     const auto l_offer = m_emil.Expect<TransferRequest>();
+    EXPECT_EQ(l_offer.size, 9);
+    m_emil.User().Connect(d.GetType("user_port")->GetItem(1)); // out of reach
     m_emil.Say(TransferResponse{l_offer.token, true, false, 0, {}});
     EXPECT_TRUE(Becomes(l_second, "connecting"));
-    EXPECT_EQ(l_offer.size, 9);
     Age(l_second, "last_status_change_time", 31);
     m_queue.EveryHalfMinute();
     EXPECT_EQ(Status(l_second), "aborted");
@@ -220,7 +221,8 @@ TEST_F(UploadQueue, PhasesBeforeTheTransferTimeOut) {
     m_dora.Say(TransferResponse{l_late.token, true, false, 0, {}});
     m_dora.Count<UploadFailure>();
     EXPECT_EQ(Status(l_first), "aborted");
-    auto l_connection = m_emil.AcceptFileConnection(); // nor does such a connection
+    peerMessenger->RequestFileConnectionToUser("dora"); // nor does a connection
+    auto l_connection = m_dora.AcceptFileConnection();
     EXPECT_TRUE(Until([&] { return l_connection.IsOver(); }));
 }
 

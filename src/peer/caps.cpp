@@ -19,6 +19,9 @@ constexpr qint64 readAhead = 16 * limits::kibibyte;
 // While there is no room for a socket: how often we look again. Sockets that were handed over end without a word.
 constexpr std::chrono::milliseconds acceptRetryInterval{200};
 
+// Between the listener's accept and ours; any number above 0 would do.
+constexpr int pendingConnections = 30;
+
 // Lives as a child of a socket and is counted for as long as the socket exists, in whatever thread that ends, and also
 // when the socket's new owner disconnects all its signals.
 class SocketCounter : public QObject {
@@ -81,17 +84,17 @@ void PeerMessenger::PauseAccepting() {
     m_listener.pauseAccepting();
     // Pausing alone does not stop the loop that calls us; that it may hold no connection does.
     m_listener.setMaxPendingConnections(0);
-    if (mp_private->acceptRetry.isActive())
-        return;
-    LogPeer(1, QStringLiteral("No room for more connections, accepting none for now"));
     mp_private->acceptRetry.start(acceptRetryInterval);
+    if (!mp_private->hasToldOfPause)
+        LogPeer(1, QStringLiteral("No room for more connections, accepting none for now"));
+    mp_private->hasToldOfPause = true;
 }
 
 void PeerMessenger::ResumeAcceptingIfThereIsRoom() {
     if (!HasRoomForSocket())
         return;
     mp_private->acceptRetry.stop();
-    m_listener.setMaxPendingConnections(1);
+    m_listener.setMaxPendingConnections(pendingConnections);
     m_listener.resumeAccepting();
 }
 

@@ -13,11 +13,6 @@ namespace {
 constexpr char gettingAddress[] = "getting_address";
 constexpr char connecting[] = "connecting";
 
-// "of type %1 to user %2" of a socket or request item.
-QString TypeAndUser(const QString& i_text, ItemPtr i_item) {
-    return i_text.arg(ShownValue(i_item, "peer_connection_type"), ShownValue(i_item, "user"));
-}
-
 } // namespace
 
 void PeerMessenger::RequestFileConnectionToUser(const std::string& i_user) {

@@ -30,10 +30,6 @@ void ForEachStillThere(const char* ip_type, Act i_act) {
     }
 }
 
-QString TypeAndUser(const QString& i_text, ItemPtr i_item) {
-    return i_text.arg(ShownValue(i_item, "peer_connection_type"), ShownValue(i_item, "user"));
-}
-
 } // namespace
 
 void PeerMessenger::EveryHalfMinute() {

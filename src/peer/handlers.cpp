@@ -5,10 +5,18 @@
 
 #include <new>
 
+#include <malloc.h>
+
 #include "peer/inflate.h"
 #include "peer/peer_messages.h"
 #include "peer/search_reply.h"
 #include "peer/share_list.h"
+
+namespace {
+
+constexpr std::size_t largeList = 1 * limits::mebibyte; // inflated
+
+} // namespace
 
 bool PeerMessenger::HandleMessage(QTcpSocket* ip_socket, MemStream& io_message) {
     if (SocketItem("uninitialized_socket", ip_socket))
@@ -71,18 +79,26 @@ bool PeerMessenger::HandleShareListRequest(const Connection& i_connection) {
 }
 
 bool PeerMessenger::HandleShareList(const Connection& i_connection, const MemStream& i_packed) {
+    // A list is millions of small pieces; the allocator would keep the place of all of them.
+    if (TakeShareList(i_connection, i_packed) > largeList)
+        malloc_trim(0);
+    return true;
+}
+
+// Answers the inflated size. A list that is not sound to its end is dropped, and so is one for which memory is short.
+std::size_t PeerMessenger::TakeShareList(const Connection& i_connection, const MemStream& i_packed) {
+    InflateStream l_inflated(i_packed.GetPending(), limits::inflatedShare);
     std::optional<ShareList> l_list;
     try {
-        InflateStream l_inflated(i_packed.GetPending(), limits::inflatedShare);
         l_list = DecodeShareList(l_inflated);
         if (!l_inflated.Finish())
-            return true;
+            l_list.reset();
     } catch (const std::bad_alloc&) {
-        return true;
+        l_list.reset();
     }
     if (l_list)
         Q_EMIT UserShare(i_connection.user, l_list->folders, l_list->attributeNames);
-    return true;
+    return l_inflated.Inflated();
 }
 
 bool PeerMessenger::HandleSearchReply(const Connection& i_connection, const MemStream& i_packed) {

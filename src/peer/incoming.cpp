@@ -10,7 +10,9 @@
 void PeerMessenger::OnNewConnection() {
     while (QTcpSocket* lp_socket = m_listener.nextPendingConnection()) {
         Adopt(lp_socket);
-        if (!HasRoomForSocket())
+        if (HasRoomForSocket())
+            mp_private->hasToldOfPause = false;
+        else
             PauseAccepting();
         lp_socket->setSocketOption(QAbstractSocket::KeepAliveOption, 1);
         connect(lp_socket, &QTcpSocket::readyRead, this, &PeerMessenger::OnSocketReadyToRead);

@@ -26,6 +26,8 @@ public:
     // Inflates the rest without keeping it; true if the whole stream was sound, complete and within the limit. A reader
     // keeps what it has read only then: a stream that fails at its end is worth nothing from its start.
     [[nodiscard]] bool Finish();
+    // Bytes so far, read or not.
+    [[nodiscard]] std::size_t Inflated() const { return m_inflated; }
     // True when it failed for want of memory: no fault of the sender.
     [[nodiscard]] bool WasMemoryShort() const { return m_wasMemoryShort; }
 
@@ -35,7 +37,7 @@ private:
     z_stream m_zlib{};
     std::string m_window; // inflated and not yet read: the bytes from m_read on
     std::size_t m_read = 0;
-    std::size_t m_inflated = 0; // in all
+    std::size_t m_inflated = 0;
     const std::size_t m_limit;
     bool m_hasEnded = false;
     bool m_hasFailed = false;

@@ -189,6 +189,7 @@ private:
     bool HandleCode(const Connection& i_connection, int i_code, MemStream& io_fields);
     bool HandleShareListRequest(const Connection& i_connection);
     bool HandleShareList(const Connection& i_connection, const MemStream& i_packed);
+    std::size_t TakeShareList(const Connection& i_connection, const MemStream& i_packed);
     bool HandleSearchReply(const Connection& i_connection, const MemStream& i_packed);
     bool HandleFolderRequest(const Connection& i_connection, InputStream& io_fields);
     bool HandleTransferRequest(const Connection& i_connection, InputStream& io_fields);

@@ -52,7 +52,8 @@ struct PeerMessenger::Private {
     // Sockets that exist, those handed over included: these may die in other threads.
     std::shared_ptr<std::atomic<int>> socketCount = std::make_shared<std::atomic<int>>(0);
     int socketLimit = limits::sockets;
-    QTimer acceptRetry;
+    QTimer acceptRetry; // runs while accepting pauses
+    bool hasToldOfPause = false;
 
     Pace connectBackPace{limits::serverOrderedConnectionsPerSecond};
     std::deque<Item*> connectBackQueue; // peer_connection_request, in order of arrival
@@ -69,6 +70,11 @@ inline void LogPeer(int i_level, const QString& i_text, ItemPtr i_user = ItemPtr
 // The text of the neighbour of that Type, as the log shows it; empty if there is none.
 inline QString ShownValue(ItemPtr i_item, const char* ip_type) {
     return ToQString(i_item[ip_type].AsString());
+}
+
+// The text with the item's connection type as %1 and its user as %2.
+inline QString TypeAndUser(const QString& i_text, ItemPtr i_item) {
+    return i_text.arg(ShownValue(i_item, "peer_connection_type"), ShownValue(i_item, "user"));
 }
 
 // The item that stands for the socket in that Type; null if it is not of that kind.

@@ -74,6 +74,31 @@ TEST_F(FloodTest, AnnouncedLengthsTakeNoMemory) {
     ExpectServed("modest");
 }
 
+TEST_F(FloodTest, PackedBombsLeaveNothingBehind) {
+    const auto l_peer = ScriptedPeer::Introduced("bomber");
+    int l_lists = 0;
+    QObject::connect(peerMessenger, &PeerMessenger::UserShare, &m_context, [&] { ++l_lists; });
+    std::string l_files = Int32(1) + Text("f") + Int32(limits::textLengthOrCount);
+    for (std::uint32_t l_index = 0; l_index < limits::textLengthOrCount; ++l_index)
+        l_files += '\1' + Text("a name of its own, too long to be kept in place " + std::to_string(l_index)) +
+                   std::string(16, '\0');
+    // The first is sound. Then absent records, a byte each, and a count that lies.
+    const std::string l_absent = Int32(2) + Text("f") + Int32(limits::textLengthOrCount) +
+                                 std::string(limits::textLengthOrCount, '\0') + Text("g") + Int32(0x20001);
+    const std::string l_bombs[] = {PackedBomb(l_files, 4), PackedBomb(l_absent, 1 << 24),
+                                   PackedBomb("", limits::inflatedShare + 1)};
+    const std::size_t l_before = ResidentBytes();
+    for (const std::string& l_bomb : l_bombs)
+        l_peer->SendFrame(Int32(5) + l_bomb);
+    ExpectServed("after the bombs");
+    EXPECT_TRUE(WaitFor([&] { return l_peer->Socket().bytesToWrite() == 0; }));
+    LetThingsSettle();
+    EXPECT_EQ(l_lists, 1);
+#ifndef __SANITIZE_ADDRESS__ // which keeps what is freed
+    EXPECT_LT(ResidentBytes(), l_before + 5 * mebibyte);
+#endif
+}
+
 class LargeShare : public SharedFilesSource {
 public:
     std::optional<MemStream> GetSharedFilesMessage(const std::string&) override {

@@ -176,17 +176,6 @@ TEST_F(MessagesTest, AShareListArrivesWholeOrIsDropped) {
     EXPECT_EQ(l_lists, 2);
 }
 
-TEST_F(MessagesTest, ABombDoesNotTakeTheMemoryItPromises) {
-    // Two million records of one byte in folders of the largest count, packed into a few KiB.
-    std::string l_bomb = Int32(limits::textLengthOrCount);
-    for (int l_index = 0; l_index < 16; ++l_index)
-        l_bomb += Text(std::to_string(l_index)) + Int32(limits::textLengthOrCount) +
-                  std::string(limits::textLengthOrCount, '\0');
-    m_peer->SendFrame(Int32(5) + Packed(l_bomb));
-    m_peer->SendFrame(Int32(5) + PackedBomb("", limits::inflatedShare + 1));
-    ExpectAlive();
-}
-
 class FixedShare : public SharedFilesSource {
 public:
     std::optional<MemStream> GetSharedFilesMessage(const std::string& i_user) override {

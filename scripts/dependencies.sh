@@ -2,14 +2,16 @@
 
 tidewell_packages=(
   build-essential ca-certificates ccache clang cmake lld ninja-build pkg-config
-  qt6-base-dev libqt6svg6-dev libqt6svg6 libqt6sql6-sqlite qt6-qpa-plugins
+  qt6-base-dev qt6-svg-dev libqt6svg6 libqt6sql6-sqlite qt6-qpa-plugins
   zlib1g-dev libsodium-dev libabsl-dev libgtest-dev libgmock-dev libbenchmark-dev
   fonts-dejavu-core)
 
 install_dependencies() {
-  local missing=() package as_root=()
+  local missing=() package as_root=() installed
+  # One question for all of them: each costs a walk through dpkg's whole list. Unknown packages make it fail.
+  installed=$(dpkg-query -W -f '\n${db:Status-Status} ${Package}\n' "${tidewell_packages[@]}" 2>/dev/null) || true
   for package in "${tidewell_packages[@]}"; do
-    [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] || missing+=("$package")
+    [[ $installed$'\n' == *$'\n'"installed $package"$'\n'* ]] || missing+=("$package")
   done
   [ ${#missing[@]} -eq 0 ] && return 0
   [ "$(id -u)" -eq 0 ] || as_root=(sudo)

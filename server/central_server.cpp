@@ -2,6 +2,7 @@
 
 #include "server/session.h"
 
+#include <QNetworkProxy>
 #include <QTcpSocket>
 
 #include <sys/resource.h>
@@ -12,17 +13,11 @@ namespace {
 
 constexpr int g_backlog = 512;
 
-// Raises the descriptor limit as far as it goes, and says how many of them sessions may have.
 int DescriptorsForSessions() {
     rlimit l_limit{};
-    if (::getrlimit(RLIMIT_NOFILE, &l_limit) != 0) {
-        return limits::sockets;
-    }
-    l_limit.rlim_cur = l_limit.rlim_max;
-    ::setrlimit(RLIMIT_NOFILE, &l_limit);
-    const rlim_t l_descriptors = std::min<rlim_t>(l_limit.rlim_cur, 1'000'000);
-    return static_cast<int>(l_descriptors) * limits::socketsPercentOfDescriptors / 100 -
-           limits::descriptorsKeptForFiles;
+    ::getrlimit(RLIMIT_NOFILE, &l_limit);
+    const auto l_descriptors = static_cast<int>(std::min<rlim_t>(l_limit.rlim_cur, 1'000'000));
+    return l_descriptors * limits::socketsPercentOfDescriptors / 100 - limits::descriptorsKeptForFiles;
 }
 
 } // namespace
@@ -34,6 +29,7 @@ CentralServer::CentralServer(Database& i_database, const Options& i_options, con
       m_login(m_accounts, m_limits, i_options.isRegistrationOpen,
               [this](Session& io_session, const std::string& i_user) { Admit(io_session, i_user); }) {
     m_limits.sessions = std::min(m_limits.sessions, DescriptorsForSessions());
+    m_listener.setProxy(QNetworkProxy::NoProxy); // else the desktop's proxy settings would be asked
     m_listener.setListenBacklogSize(g_backlog);
     connect(&m_listener, &QTcpServer::newConnection, this, &CentralServer::OnNewConnection);
 }

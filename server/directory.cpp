@@ -3,7 +3,10 @@
 #include "server/accounts.h"
 #include "server/session.h"
 
+#include <QTimer>
+
 #include <algorithm>
+#include <utility>
 
 Directory::Directory(Accounts& i_accounts, const Limits& i_limits, std::set<std::string> i_privileged)
     : m_accounts(i_accounts), m_limits(i_limits), m_privileged(std::move(i_privileged)) {}
@@ -16,6 +19,11 @@ void Directory::Enter(Session& io_session) {
     if (!m_privileged.empty()) {
         io_session.Send(Encode(from_server::PrivilegedUsers{m_privileged}));
     }
+    QTimer::singleShot(m_limits.portGrace, &io_session, [this, &io_session] {
+        if (Find(io_session.Name()) == &io_session) {
+            SettlePort(io_session.Name());
+        }
+    });
     TellTrackers(io_session.Name());
 }
 
@@ -27,7 +35,9 @@ void Directory::Leave(Session& io_session) {
     for (const std::string& l_user : l_visitor->second.tracked) {
         StopTracking(io_session, l_user);
     }
+    const std::set<std::string> l_askers = std::move(l_visitor->second.addressAskers);
     m_visitors.erase(l_visitor);
+    AnswerAddressAskers(io_session.Name(), l_askers);
     TellTrackers(io_session.Name());
 }
 
@@ -83,9 +93,30 @@ void Directory::StopTracking(Session& i_session, const std::string& i_user) {
 
 void Directory::OnSetWaitPort(Session& i_session, const to_server::SetWaitPort& i_message) {
     VisitorOf(i_session).waitPort = limits::IsConnectablePort(i_message.port) ? i_message.port : 0;
+    SettlePort(i_session.Name());
+}
+
+void Directory::SettlePort(const std::string& i_user) {
+    Visitor& l_visitor = m_visitors.at(i_user);
+    l_visitor.isPortSettled = true;
+    AnswerAddressAskers(i_user, std::exchange(l_visitor.addressAskers, {}));
+}
+
+void Directory::AnswerAddressAskers(const std::string& i_user, const std::set<std::string>& i_askers) {
+    const MemStream l_frame = MakeFrame(Encode(from_server::UserAddress{i_user, AddressOf(i_user)}));
+    for (const std::string& l_asker : i_askers) {
+        if (Session* lp_asker = Find(l_asker)) {
+            lp_asker->SendFrame(l_frame.GetWritten());
+        }
+    }
 }
 
 void Directory::OnGetUserAddress(Session& io_session, const to_server::GetUserAddress& i_message) {
+    const auto l_asked = m_visitors.find(i_message.user);
+    if (l_asked != m_visitors.end() && !l_asked->second.isPortSettled) {
+        l_asked->second.addressAskers.insert(io_session.Name());
+        return;
+    }
     io_session.Send(Encode(from_server::UserAddress{i_message.user, AddressOf(i_message.user)}));
 }
 

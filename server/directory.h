@@ -41,12 +41,16 @@ private:
     struct Visitor {
         Session* session = nullptr;
         int waitPort = 0;
+        bool isPortSettled = false;         // told by the client, or no longer waited for
+        std::set<std::string> addressAskers; // users who wait for that
         UserStats stats; // of it the speed is a copy from the accounts
         std::set<std::string> tracked;
     };
 
     Visitor& VisitorOf(const Session& i_session);
     from_server::UserStatus StatusOf(const std::string& i_user) const;
+    void SettlePort(const std::string& i_user);
+    void AnswerAddressAskers(const std::string& i_user, const std::set<std::string>& i_askers);
     void TellTrackers(const std::string& i_user);
     void StopTracking(Session& i_session, const std::string& i_user);
 

@@ -13,6 +13,10 @@ struct Limits {
     std::chrono::milliseconds loginTime{60000};
     std::chrono::milliseconds closingTime{5000}; // for a refused client to take its last bytes
 
+    // A client tells its port right after the login. Who asks for its address before that is answered when the port has
+    // come, or after this time, in case it has none to tell.
+    std::chrono::milliseconds portGrace{5000};
+
     // Frames. A stranger needs room for one login; the largest message of a user is a chat line of 128 KiB.
     std::size_t loginFrame = 64 * 1024;
     std::size_t frame = 512 * 1024;

@@ -3,6 +3,7 @@
 #include "server/database.h"
 #include "server/options.h"
 
+#include "app/process_limits.h"
 #include "app/quit_signals.h"
 #include "app/text.h"
 
@@ -23,6 +24,7 @@ int Fail(const QString& i_sentence) {
 } // namespace
 
 int main(int i_count, char** ip_arguments) {
+    RaiseDescriptorLimit();
     QCoreApplication l_application(i_count, ip_arguments);
     Options l_options;
     QString l_text;

@@ -66,26 +66,41 @@ TEST(ServerPresence, TrackersHearOfEveryComingAndGoing) {
 TEST(ServerPresence, TellsTheAddressOfWhoIsHere) {
     const ServerProcess l_server;
     ScriptedClient l_anna(l_server.Port(), "anna");
+    const auto l_reply = [&] {
+        const auto l_message = l_anna.Await<from_server::UserAddress>();
+        EXPECT_TRUE(l_message);
+        return l_message ? l_message->address : TCPAddress(1, 1);
+    };
     const auto l_address = [&](const std::string& i_user) {
         l_anna.Send(to_server::GetUserAddress{i_user});
-        const auto l_reply = l_anna.Await<from_server::UserAddress>();
-        EXPECT_TRUE(l_reply);
-        return l_reply ? l_reply->address : TCPAddress(1, 1);
+        return l_reply();
     };
     EXPECT_EQ(l_address("bert"), TCPAddress(0, 0));
     {
         ScriptedClient l_bert(l_server.Port(), QHostAddress(0x7F000005));
         l_bert.LogIn("bert", "secret");
-        EXPECT_EQ(l_address("bert"), TCPAddress(0x7F000005, 0));
+        // Asked before his port has come, the server waits for it.
+        l_anna.Send(to_server::GetUserAddress{"bert"});
+        l_anna.Settle();
+        EXPECT_EQ(l_anna.TakeAll<from_server::UserAddress>(), 0);
+        l_bert.Send(to_server::SetWaitPort{2234});
+        EXPECT_EQ(l_reply(), TCPAddress(0x7F000005, 2234));
+
         for (const auto& [l_port, l_told] : {std::pair(2235, 2235), {65535, 65535}, {65536, 0}, {-1, 0}, {0, 0}}) {
             l_bert.Send(to_server::SetWaitPort{l_port});
             l_bert.Settle();
             EXPECT_EQ(l_address("bert"), TCPAddress(0x7F000005, l_told));
         }
-        l_anna.Send(to_server::AddUser{"bert"});
     }
-    EXPECT_TRUE(l_anna.Await<from_server::UserStatus>([](const auto& i_news) { return i_news.status == 0; }));
+    {
+        ScriptedClient l_brief(l_server.Port(), "brief");
+        l_anna.Send(to_server::GetUserAddress{"brief"});
+        l_anna.Settle();
+    }
+    EXPECT_EQ(l_reply(), TCPAddress(0, 0)) << "gone without a word about the port";
     EXPECT_EQ(l_address("bert"), TCPAddress(0, 0));
+    ScriptedClient l_silent(l_server.Port(), "silent");
+    EXPECT_EQ(l_address("silent"), TCPAddress(0x7F000001, 0)) << "has none to tell, after a while";
 }
 
 TEST(ServerPresence, KeepsTheFiguresAndAveragesTheSpeeds) {

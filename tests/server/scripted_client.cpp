@@ -1,26 +1,28 @@
 #include "server/scripted_client.h"
 
+#include <QNetworkProxy>
+
 #include <gtest/gtest.h>
 
-ScriptedClient::ScriptedClient(quint16 i_port, const QHostAddress& i_localAddress) {
-    m_socket.bind(i_localAddress);
-    m_socket.connectToHost(QHostAddress(QHostAddress::LocalHost), i_port);
-    EXPECT_TRUE(m_socket.waitForConnected(g_patienceMs)) << m_socket.errorString().toStdString();
+namespace {
+
+std::unique_ptr<QTcpSocket> Connected(quint16 i_port, const QHostAddress& i_localAddress) {
+    auto l_socket = std::make_unique<QTcpSocket>();
+    l_socket->setProxy(QNetworkProxy::NoProxy);
+    l_socket->bind(i_localAddress);
+    l_socket->connectToHost(QHostAddress(QHostAddress::LocalHost), i_port);
+    EXPECT_TRUE(l_socket->waitForConnected(g_patienceMs)) << l_socket->errorString().toStdString();
+    return l_socket;
 }
+
+} // namespace
+
+ScriptedClient::ScriptedClient(quint16 i_port, const QHostAddress& i_localAddress)
+    : FrameLink(Connected(i_port, i_localAddress)) {}
 
 ScriptedClient::ScriptedClient(quint16 i_port, const std::string& i_user) : ScriptedClient(i_port) {
     const from_server::LoginReply l_reply = LogIn(i_user, "password of " + i_user);
     EXPECT_TRUE(l_reply.accepted) << l_reply.reason;
-}
-
-void ScriptedClient::SendBytes(std::string_view i_bytes) {
-    m_socket.write(i_bytes.data(), static_cast<qint64>(i_bytes.size()));
-    m_socket.flush();
-}
-
-void ScriptedClient::Flush() {
-    while (m_socket.bytesToWrite() > 0 && m_socket.waitForBytesWritten(g_patienceMs)) {
-    }
 }
 
 void ScriptedClient::SendLogin(const std::string& i_user, const std::string& i_password) {
@@ -48,26 +50,4 @@ from_server::RoomJoined ScriptedClient::Enter(const std::string& i_room) {
 void ScriptedClient::Settle() {
     Send(to_server::GetUserStatus{m_user});
     EXPECT_TRUE(Await<from_server::UserStatus>([&](const auto& i_reply) { return i_reply.user == m_user; }));
-}
-
-bool ScriptedClient::AwaitClose() {
-    while (ReceiveFrame()) {
-    }
-    return m_isClosed;
-}
-
-bool ScriptedClient::ReceiveFrame() {
-    // The length is believed: a frame of a test server is honest.
-    while (m_reader.TakeFrom(m_socket) == FrameReader::Status::NeedMore) {
-        if (!m_socket.waitForReadyRead(g_patienceMs) && m_socket.bytesAvailable() == 0) {
-            m_isClosed = m_socket.state() != QAbstractSocket::ConnectedState;
-            return false;
-        }
-    }
-    Received l_received;
-    l_received.body = m_reader.Frame();
-    EXPECT_TRUE(l_received.body.Read(l_received.code));
-    m_received.push_back(l_received);
-    m_reader.Renew();
-    return true;
 }

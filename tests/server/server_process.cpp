@@ -1,5 +1,6 @@
 #include "server/server_process.h"
 
+#include <QFile>
 #include <QRegularExpression>
 
 #include <gtest/gtest.h>
@@ -23,7 +24,7 @@ ServerProcess::~ServerProcess() {
 }
 
 void ServerProcess::Start(const QStringList& i_options) {
-    m_process.setProcessChannelMode(QProcess::SeparateChannels);
+    m_process.setStandardErrorFile(ErrorFile());
     m_process.start(Program(),
                     QStringList{QStringLiteral("--listen"), QStringLiteral("127.0.0.1"), QStringLiteral("--port"),
                                 QString::number(m_port), QStringLiteral("--data"), DataFile()} +
@@ -34,16 +35,24 @@ void ServerProcess::Start(const QStringList& i_options) {
     }
     static const QRegularExpression l_announcement(QStringLiteral("^listening on 127\\.0\\.0\\.1:(\\d+)\n$"));
     const QRegularExpressionMatch l_match = l_announcement.match(QString::fromUtf8(l_line));
-    ASSERT_TRUE(l_match.hasMatch()) << l_line.toStdString() << m_process.readAllStandardError().toStdString();
+    ASSERT_TRUE(l_match.hasMatch()) << l_line.toStdString() << Errors().toStdString();
     m_port = l_match.captured(1).toUShort();
 }
 
 int ServerProcess::Stop(int i_signal) {
     ::kill(static_cast<pid_t>(m_process.processId()), i_signal);
     const bool l_ended = m_process.waitForFinished(g_patienceMs) && m_process.exitStatus() == QProcess::NormalExit;
-    const QByteArray l_errors = m_process.readAllStandardError();
-    EXPECT_TRUE(l_errors.isEmpty()) << l_errors.toStdString();
+    EXPECT_TRUE(Errors().isEmpty()) << Errors().toStdString();
     return l_ended ? m_process.exitCode() : -1;
+}
+
+QString ServerProcess::ErrorFile() const {
+    return m_folder.filePath(QStringLiteral("errors"));
+}
+
+QByteArray ServerProcess::Errors() const {
+    QFile l_file(ErrorFile());
+    return l_file.open(QIODevice::ReadOnly) ? l_file.readAll() : QByteArray();
 }
 
 void ServerProcess::Kill() {

@@ -1,12 +1,11 @@
 // A real tidewell-server as a child process on a port of the system's choice.
 #pragma once
 
+#include "server/frame_link.h"
+
 #include <QProcess>
 #include <QStringList>
 #include <QTemporaryDir>
-
-// Generous: machines under load and sanitizers are slow, and a deadline is only waited for when something is broken.
-inline constexpr int g_patienceMs = 60000;
 
 class ServerProcess {
 public:
@@ -25,6 +24,9 @@ public:
     QString DataFile() const { return m_folder.filePath(QStringLiteral("server.sqlite")); }
 
 private:
+    QString ErrorFile() const; // a pipe that nobody empties could stop the server
+    QByteArray Errors() const;
+
     QTemporaryDir m_folder;
     QProcess m_process;
     quint16 m_port = 0;

@@ -127,8 +127,8 @@ void PeerMessenger::ConnectBackToThoseWaiting() {
             mp_private->connectBackTimer.start(l_untilThereIsRoom);
             return;
         }
-        if (!mp_private->connectBackPace.Take(l_now)) {
-            mp_private->connectBackTimer.start(mp_private->connectBackPace.Wait(l_now));
+        if (!ServerOrderedPace().Take(l_now)) {
+            mp_private->connectBackTimer.start(ServerOrderedPace().Wait(l_now));
             return;
         }
         Item* lp_request = l_queue.front();

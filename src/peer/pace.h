@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <deque>
 
+#include "net/limits.h"
+
 class Pace {
 public:
     using Time = std::chrono::steady_clock::time_point;
@@ -36,3 +38,9 @@ private:
     std::size_t m_perSecond;
     std::deque<Time> m_taken; // within the last second, oldest first
 };
+
+// Of all outgoing connections whose addresses the server names, whoever opens them: they share one pace.
+[[nodiscard]] inline Pace& ServerOrderedPace() {
+    static Pace s_pace(limits::serverOrderedConnectionsPerSecond);
+    return s_pace;
+}

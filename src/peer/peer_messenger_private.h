@@ -55,7 +55,6 @@ struct PeerMessenger::Private {
     QTimer acceptRetry; // runs while accepting pauses
     bool hasToldOfPause = false;
 
-    Pace connectBackPace{limits::serverOrderedConnectionsPerSecond};
     std::deque<Item*> connectBackQueue; // peer_connection_request, in order of arrival
     QTimer connectBackTimer;
 

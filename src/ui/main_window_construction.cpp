@@ -5,6 +5,7 @@
 #include "app/show_is_over.h"
 #include "app/text.h"
 #include "app/timers.h"
+#include "dnet/dnet_manager.h"
 #include "net/server.h"
 #include "peer/peer_messenger.h"
 #include "search/wish_list_schema.h"
@@ -142,6 +143,7 @@ void MainWindow::CreateSettings() {
 
 void MainWindow::CreateSharing() {
     new DelayedInvoker;
+    new DNetManager;
     new SharedFoldersManager;
 }
 
@@ -221,6 +223,7 @@ void MainWindow::DeleteManagers() {
     delete transferQueueManager;
     delete sharedFoldersManager;
     delete delayedInvoker;
+    delete dnetManager;
     delete peerMessenger;
     delete gp_server;
     delete dataSaver;

@@ -11,6 +11,7 @@
 #include <unordered_map>
 
 class QTreeWidgetItem;
+class SearchReplies;
 struct MainWindowLayout;
 
 class MainWindow : public QMainWindow, public DataHandler {
@@ -73,6 +74,7 @@ private:
     using Rows = std::unordered_map<std::string, QTreeWidgetItem*>; // by the name as the store has it
 
     std::unique_ptr<MainWindowLayout> mp_layout;
+    std::unique_ptr<SearchReplies> mp_searchReplies; // given to the messenger
     Rows m_roomRows;
     Rows m_folderRows;
     // What the status bar says when the connection ends: that depends on how far it had come and on who ended it.

@@ -8,7 +8,9 @@
 #include "dnet/dnet_manager.h"
 #include "net/server.h"
 #include "peer/peer_messenger.h"
+#include "search/search_replies.h"
 #include "search/wish_list_schema.h"
+#include "search/wish_list_searcher.h"
 #include "sharing/shared_folders_manager.h"
 #include "store/data_saver.h"
 #include "transfers/transfer_queue_manager.h"
@@ -133,6 +135,8 @@ void MainWindow::ConnectServer() {
 
 void MainWindow::CreatePeerMessenger() {
     new PeerMessenger;
+    mp_searchReplies = std::make_unique<SearchReplies>();
+    peerMessenger->SetSearchReplyReceiver(mp_searchReplies.get());
     connect(peerMessenger, &PeerMessenger::ListenFinished, this, &MainWindow::OnListenFinished);
 }
 
@@ -161,6 +165,7 @@ void MainWindow::CreateWindowTypes() {
 void MainWindow::CreateTransfers() {
     mp_layout->diagnosticsForm->Init();
     new TransferQueueManager;
+    new WishListSearcher(this);
 }
 
 void MainWindow::WatchLogin() {
@@ -225,6 +230,7 @@ void MainWindow::DeleteManagers() {
     delete delayedInvoker;
     delete dnetManager;
     delete peerMessenger;
+    mp_searchReplies.reset();
     delete gp_server;
     delete dataSaver;
     delete timerManager;

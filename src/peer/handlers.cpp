@@ -42,30 +42,21 @@ bool PeerMessenger::HandleMessage(QTcpSocket* ip_socket, MemStream& io_message) 
 }
 
 bool PeerMessenger::HandleCode(const Connection& i_connection, int i_code, MemStream& io_fields) {
+    // clang-format off
     switch (i_code) {
-    case PM_GET_SHARED_FILE_LIST:
-        return HandleShareListRequest(i_connection);
-    case PM_SHARED_FILE_LIST:
-        return HandleShareList(i_connection, io_fields);
-    case PM_FILE_SEARCH_RESULT:
-        return HandleSearchReply(i_connection, io_fields);
-    case PM_GET_SHARED_FILES_IN_FOLDER:
-        return HandleFolderRequest(i_connection, io_fields);
-    case PM_TRANSFER_REQUEST:
-        return HandleTransferRequest(i_connection, io_fields);
-    case PM_TRANSFER_RESPONSE:
-        return HandleTransferResponse(i_connection, io_fields);
-    case PM_QUEUE_UPLOAD:
-        return HandleQueueUpload(i_connection, io_fields);
-    case PM_UPLOAD_PLACE_IN_LINE:
-        return HandlePlaceInLine(i_connection, io_fields);
-    case PM_UPLOAD_FAILED:
-        return HandleUploadFailure(i_connection, io_fields);
-    case PM_UPLOAD_DENIED:
-        return HandleUploadDenial(i_connection, io_fields);
-    default:
-        return true;
+    case PM_GET_SHARED_FILE_LIST: return HandleShareListRequest(i_connection);
+    case PM_SHARED_FILE_LIST: return HandleShareList(i_connection, io_fields);
+    case PM_FILE_SEARCH_RESULT: return HandleSearchReply(i_connection, io_fields);
+    case PM_GET_SHARED_FILES_IN_FOLDER: return HandleFolderRequest(i_connection, io_fields);
+    case PM_TRANSFER_REQUEST: return HandleTransferRequest(i_connection, io_fields);
+    case PM_TRANSFER_RESPONSE: return HandleTransferResponse(i_connection, io_fields);
+    case PM_QUEUE_UPLOAD: return HandleQueueUpload(i_connection, io_fields);
+    case PM_UPLOAD_PLACE_IN_LINE: return HandlePlaceInLine(i_connection, io_fields);
+    case PM_UPLOAD_FAILED: return HandleUploadFailure(i_connection, io_fields);
+    case PM_UPLOAD_DENIED: return HandleUploadDenial(i_connection, io_fields);
+    default: return true;
     }
+    // clang-format on
 }
 
 // The answer goes to the socket that asked, and is not even built while an earlier one is still going out there.

@@ -13,6 +13,7 @@
 
 #include "net/message.h"
 
+// NOLINTBEGIN(readability-identifier-naming): the log shows these names
 enum PeerMessageCode : std::int32_t {
     PM_SAY = 1,
     PM_GET_SHARED_FILE_LIST = 4,
@@ -40,6 +41,7 @@ enum PeerMessageCode : std::int32_t {
     PM_UPLOAD_PLACE_IN_LINE_REQUEST = 51,
     PM_NOTHING = 52,
 };
+// NOLINTEND(readability-identifier-naming)
 
 // The name, or the number followed by " (unknown)".
 [[nodiscard]] std::string MessageCodeToString(int i_code);
@@ -59,7 +61,7 @@ struct FolderRequest {
     static constexpr PeerMessageCode code = PM_GET_SHARED_FILES_IN_FOLDER;
     std::uint32_t request = 0; // the asker's number, comes back in the reply
     std::string folder;
-    static auto Fields(auto& m) { return std::tie(m.request, m.folder); }
+    static auto Fields(auto& io_message) { return std::tie(io_message.request, io_message.folder); }
 };
 
 struct TransferRequest {
@@ -89,7 +91,7 @@ template <PeerMessageCode Code>
 struct FileMessage {
     static constexpr PeerMessageCode code = Code;
     std::string file;
-    static auto Fields(auto& m) { return std::tie(m.file); }
+    static auto Fields(auto& io_message) { return std::tie(io_message.file); }
 };
 
 using QueueUpload = FileMessage<PM_QUEUE_UPLOAD>;
@@ -100,12 +102,12 @@ struct PlaceInLine {
     static constexpr PeerMessageCode code = PM_UPLOAD_PLACE_IN_LINE;
     std::string file;
     std::int32_t place = 0;
-    static auto Fields(auto& m) { return std::tie(m.file, m.place); }
+    static auto Fields(auto& io_message) { return std::tie(io_message.file, io_message.place); }
 };
 
 struct UploadDenial {
     static constexpr PeerMessageCode code = PM_UPLOAD_DENIED;
     std::string file;
     std::string reason;
-    static auto Fields(auto& m) { return std::tie(m.file, m.reason); }
+    static auto Fields(auto& io_message) { return std::tie(io_message.file, io_message.reason); }
 };

@@ -85,6 +85,8 @@ template <class Signal, class... Arguments>
 void PeerMessenger::HandOver(QTcpSocket* ip_socket, Signal i_signal, const std::string& i_user,
                              Arguments... i_arguments) {
     ip_socket->disconnect();
+    // The new owner may write past Qt, to the descriptor: what we wrote must be out before.
+    ip_socket->flush();
     Release(ip_socket);
     if (!isSignalConnected(QMetaMethod::fromSignal(i_signal))) {
         // Nobody would ever close it.

@@ -29,7 +29,9 @@ void PeerMessenger::QueueUnsentMessage(ItemPtr i_user, const MemStream& i_messag
 
 void PeerMessenger::OnUnsentMessageRemoved(Item* ip_item) {
     const ItemPtr l_item(ip_item);
-    const auto l_entry = mp_private->waiting.find(l_item["send_order"].AsInt64());
+    const auto l_entry = mp_private->waiting.find(l_item["send_order"].ToInt64().value_or(-1));
+    if (l_entry == mp_private->waiting.end() || l_entry->second.item != l_item)
+        return; // nothing that we made
     mp_private->waitingBytes -= l_entry->second.size;
     mp_private->waiting.erase(l_entry);
     delete l_item.AsPointer<MemStream>();

@@ -87,7 +87,7 @@ TEST_F(FloodTest, PackedBombsLeaveNothingBehind) {
                                  std::string(limits::textLengthOrCount, '\0') + Text("g") + Int32(0x20001);
     const std::string l_bombs[] = {PackedBomb(l_files, 4), PackedBomb(l_absent, 1 << 24),
                                    PackedBomb("", limits::inflatedShare + 1)};
-    const std::size_t l_before = ResidentBytes();
+    [[maybe_unused]] const std::size_t l_before = ResidentBytes();
     for (const std::string& l_bomb : l_bombs)
         l_peer->SendFrame(Int32(5) + l_bomb);
     ExpectServed("after the bombs");

@@ -9,15 +9,13 @@
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
+#include <utility>
 
 using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
 namespace {
-
-// How often a worker without a wake descriptor looks at its stop flag.
-constexpr milliseconds kBlindSlice{100};
 
 // The kernel raises SIGPIPE in the thread that writes to a closed connection; sendfile has no flag against it.
 void BlockBrokenPipeSignal() {
@@ -31,14 +29,16 @@ void BlockBrokenPipeSignal() {
 
 TransferThread::TransferThread(QTcpSocket* ip_socket, QFile* ip_file, milliseconds i_stallLimit)
     : mp_socket(ip_socket), mp_file(ip_file), m_stallLimit(i_stallLimit),
-      m_wakeDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+      m_wakeDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), m_spareDescriptor(eventfd(0, EFD_CLOEXEC)) {
     m_spacing.setSingleShot(true);
     connect(&m_spacing, &QTimer::timeout, this, &TransferThread::DeliverProgress);
 }
 
 TransferThread::~TransferThread() {
-    if (m_wakeDescriptor != -1) {
-        close(m_wakeDescriptor);
+    for (const int l_descriptor : {m_wakeDescriptor, m_spareDescriptor}) {
+        if (l_descriptor != -1) {
+            close(l_descriptor);
+        }
     }
 }
 
@@ -50,6 +50,11 @@ void TransferThread::TakeSocketAndStart() {
     if (ExitSignalled()) {
         return;
     }
+    if (m_wakeDescriptor == -1 || m_spareDescriptor == -1) {
+        OnEnd(false);
+        return;
+    }
+    close(std::exchange(m_spareDescriptor, -1));
     mp_socket->setParent(nullptr);
     mp_socket->moveToThread(this);
     start(QThread::InheritPriority);
@@ -82,19 +87,18 @@ TransferThread::Wait TransferThread::WaitForSocket(bool i_toWrite, milliseconds 
         return Wait::Failed;
     }
     pollfd l_polled[2] = {{l_socket, static_cast<short>(i_toWrite ? POLLOUT : POLLIN), 0},
-                          {m_wakeDescriptor, POLLIN, 0}}; // poll passes over a descriptor of -1
+                          {m_wakeDescriptor, POLLIN, 0}};
     const auto l_end = steady_clock::now() + i_limit;
     while (!ExitSignalled()) {
         const milliseconds l_left = duration_cast<milliseconds>(l_end - steady_clock::now());
-        const milliseconds l_slice = m_wakeDescriptor == -1 ? std::min(l_left, kBlindSlice) : l_left;
-        const int l_ready = poll(l_polled, 2, static_cast<int>(std::max<long long>(l_slice.count(), 0)));
+        const int l_ready = poll(l_polled, 2, static_cast<int>(std::max<long long>(l_left.count(), 0)));
         if (l_ready == -1 && errno != EINTR) {
             return Wait::Failed;
         }
         if (l_ready > 0 && l_polled[0].revents != 0 && l_polled[1].revents == 0) {
             return Wait::Ready;
         }
-        if (l_ready == 0 && l_left <= l_slice) {
+        if (l_ready == 0) {
             return Wait::TimedOut;
         }
     }
@@ -109,8 +113,7 @@ bool TransferThread::Sleep(milliseconds i_time) const {
         if (l_left <= milliseconds(0)) {
             return true;
         }
-        const milliseconds l_slice = m_wakeDescriptor == -1 ? std::min(l_left, kBlindSlice) : l_left;
-        poll(&l_polled, 1, static_cast<int>(l_slice.count()));
+        poll(&l_polled, 1, static_cast<int>(l_left.count()));
     }
     return false;
 }

@@ -25,7 +25,7 @@ public:
 
     // Main thread: gives the socket, which must have no other owner left, to the worker and starts it, once the event
     // loop comes round: the socket may just be sending the signal that brought it here. Does nothing any more after
-    // SignalExit().
+    // SignalExit(), and ends at once in failure when the process has run out of descriptors.
     void Begin();
 
     // Ends the worker at its next step and wakes it from any wait. Any thread.
@@ -69,7 +69,9 @@ private:
     void DeliverProgress();
     void OnEnd(bool i_success);
 
-    int m_wakeDescriptor; // eventfd, readable from SignalExit() on; -1 if there was no descriptor left
+    const int m_wakeDescriptor; // eventfd, readable from SignalExit() on; -1 if there was no descriptor left
+    // Given back just before the start: Qt ends the process when it finds none for the new thread. -1 likewise.
+    int m_spareDescriptor;
 
     mutable QMutex m_exitMutex;
     bool m_exit = false;

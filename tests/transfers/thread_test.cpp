@@ -18,6 +18,7 @@
 #include <cerrno>
 #include <limits>
 #include <random>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -57,10 +58,10 @@ protected:
             mp_thread->SignalExit();
             mp_thread->wait();
         }
-        Hang_Up();
+        HangUp();
     }
 
-    void Hang_Up() {
+    void HangUp() {
         if (m_peer != -1) {
             shutdown(m_peer, SHUT_RDWR);
             close(m_peer);
@@ -166,7 +167,7 @@ TEST_F(ThreadTest, UploadSendsTheWholeFileBehindWhatTheSocketHadPending) {
     Say(Bytes(std::int64_t{0}));
     EXPECT_EQ(Hear(l_file.size()), l_file);
     EXPECT_TRUE(m_events.empty() || m_events.back() != "complete"); // not before the peer closes
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "complete");
     ASSERT_GE(m_events.size(), 2u);
     EXPECT_EQ(m_events[m_events.size() - 2], "3000001");
@@ -182,7 +183,7 @@ TEST_F(ThreadTest, UploadResumesFromAnOffsetThatCameEarlyAndInPieces) {
     Say(l_offset.substr(3, 1));
     Say(l_offset.substr(4));
     EXPECT_EQ(Hear(10), l_file.substr(99'990));
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "complete");
 }
 
@@ -192,7 +193,7 @@ TEST_F(ThreadTest, UploadUnderALimitSendsTheSameBytes) {
     EXPECT_EQ(Hear(4), c_token);
     Say(Bytes(std::int64_t{1}));
     EXPECT_EQ(Hear(l_file.size() - 1), l_file.substr(1));
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "complete");
 }
 
@@ -205,7 +206,7 @@ TEST_F(ThreadTest, NewLimitTakesEffectDuringAPause) {
     const std::string l_start = Hear(8192);
     l_limit = 0;
     EXPECT_EQ(l_start + Hear(l_file.size() - 8192), l_file);
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "complete");
 }
 
@@ -243,7 +244,7 @@ TEST_F(ThreadTest, UploadFailsWhenThePeerHangsUpInTheMiddle) {
     Hear(4);
     Say(Bytes(std::int64_t{0}));
     Hear(100'000);
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "error");
 }
 
@@ -292,6 +293,21 @@ TEST_F(ThreadTest, StoppedBeforeItStartsItNeverRuns) {
     EXPECT_EQ(mp_socket->thread(), QThread::currentThread());
 }
 
+TEST_F(ThreadTest, WithoutDescriptorsItFailsAndTheProcessLives) {
+    WriteFile("");
+    mp_file = OpenToAppend(FilePath());
+    rlimit l_limit = {};
+    getrlimit(RLIMIT_NOFILE, &l_limit);
+    const int l_free = dup(m_peer); // the lowest number that is free, and from now on beyond the limit
+    close(l_free);
+    const rlimit l_none = {static_cast<rlim_t>(l_free), l_limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &l_none);
+    Download(10, 0, TransferThread::kStallLimit);
+    EXPECT_EQ(End(), "error");
+    setrlimit(RLIMIT_NOFILE, &l_limit);
+    EXPECT_EQ(mp_socket->state(), QAbstractSocket::ConnectedState);
+}
+
 TEST_F(ThreadTest, DownloadTakesWhatTheSocketHoldsAndWhatComes) {
     const std::string l_file = RandomBytes(2'000'000);
     Say(l_file.substr(10, 5000));
@@ -325,7 +341,7 @@ TEST_F(ThreadTest, DownloadOfNegativeSizeFails) {
 TEST_F(ThreadTest, BrokenDownloadKeepsEveryByte) {
     Download("", std::numeric_limits<long long>::max());
     Say(std::string(12'345, 'x'));
-    Hang_Up();
+    HangUp();
     EXPECT_EQ(End(), "error");
     EXPECT_EQ(FileBytes(), std::string(12'345, 'x'));
 }

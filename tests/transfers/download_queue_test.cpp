@@ -152,7 +152,10 @@ TEST_F(DownloadQueue, RemovalInTheMiddleKeepsThePartialFile) {
     auto l_connection = m_dora.OpenFileConnection(1);
     l_connection.Say("01234");
     EXPECT_TRUE(Until([&] { return !l_progress.isEmpty(); }));
+    QElapsedTimer l_clock;
+    l_clock.start();
     m_queue.RemoveDownload(l_entry);
+    EXPECT_LT(l_clock.elapsed(), 5000); // not the 30 seconds that the worker would wait for more
     EXPECT_TRUE(g("download_entry").empty());
     EXPECT_TRUE(Until([&] { return l_connection.IsOver(); }));
     EXPECT_EQ(Read("dl/downloading/live/song"), "01234");

@@ -369,6 +369,15 @@ TEST_F(ThreadTest, DownloadStopsAtOnce) {
     EXPECT_EQ(End(), "error");
 }
 
+TEST_F(ThreadTest, LastFiguresArriveBeforeTheEnd) {
+    Download("", 10);
+    Say("01234");
+    ASSERT_TRUE(Until([this] { return m_events == std::vector<std::string>{"5"}; }));
+    Say("56789"); // too soon for a notice of its own
+    EXPECT_EQ(End(), "complete");
+    EXPECT_EQ(m_events, (std::vector<std::string>{"5", "10", "complete"}));
+}
+
 TEST_F(ThreadTest, NoticesNeverPileUp) {
     constexpr std::size_t l_size = 64 << 20;
     Download("", l_size);

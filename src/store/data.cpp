@@ -1,4 +1,5 @@
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 #include <algorithm>
 

@@ -1,6 +1,7 @@
 // What must hold of the graph between operations. Test builds check what each outermost operation has touched, and
 // everything once as much was done as that costs, so that the checks never dominate.
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 #include <algorithm>
 

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 namespace {
 
@@ -24,34 +25,33 @@ bool Parse(std::string_view i_text, Number& o_number) {
 
 } // namespace
 
-char* Item::EmptyValue() {
-    static char s_empty[sizeof(std::uint32_t) + 1] = {};
-    return s_empty + sizeof(std::uint32_t);
-}
-
 void Item::SetValue(std::string_view i_value) {
-    if (i_value.empty())
-        return;
     const auto l_length = static_cast<std::uint32_t>(i_value.size());
+    if (l_length <= c_shortest) {
+        i_value.copy(m_text, l_length);
+        m_text[l_length] = '\0';
+        m_text[c_shortest] = static_cast<char>(c_shortest - l_length);
+        return;
+    }
     char* lp_block = static_cast<char*>(std::malloc(sizeof l_length + l_length + 1));
     if (lp_block == nullptr)
         throw std::bad_alloc();
     std::memcpy(lp_block, &l_length, sizeof l_length);
-    mp_value = lp_block + sizeof l_length;
-    std::memcpy(mp_value, i_value.data(), l_length);
-    mp_value[l_length] = '\0';
+    mp_text = lp_block + sizeof l_length;
+    i_value.copy(mp_text, l_length);
+    mp_text[l_length] = '\0';
+    Set(LongValue);
 }
 
 void Item::FreeValue() {
-    if (mp_value != EmptyValue())
-        std::free(mp_value - sizeof(std::uint32_t));
-    mp_value = EmptyValue();
+    if (Is(LongValue))
+        std::free(mp_text - sizeof(std::uint32_t));
 }
 
-std::string_view Item::AsView() const {
+std::string_view Item::LongView() const {
     std::uint32_t l_length = 0;
-    std::memcpy(&l_length, mp_value - sizeof l_length, sizeof l_length);
-    return {mp_value, l_length};
+    std::memcpy(&l_length, mp_text - sizeof l_length, sizeof l_length);
+    return {mp_text, l_length};
 }
 
 int Item::AsInt() const {

@@ -28,9 +28,12 @@ public:
     Type* GetType() const { return mp_type; }
 
     // The value; empty for an item of a null Type. The view and the C string live as long as the item.
-    std::string_view AsView() const;
+    std::string_view AsView() const {
+        return Is(LongValue) ? LongView()
+                             : std::string_view(m_text, c_shortest - static_cast<unsigned char>(m_text[c_shortest]));
+    }
     std::string AsString() const { return std::string(AsView()); }
-    const char* AsCStr() const { return mp_value; }
+    const char* AsCStr() const { return Is(LongValue) ? mp_text : m_text; }
     // The value as a decimal number; a contract fault where it is none.
     int AsInt() const;
     std::uintptr_t AsUInt() const;
@@ -81,6 +84,7 @@ private:
     friend class InvariantCheck;
     friend class ItemSet;
     friend class ItemSlabs;
+    friend struct ItemSlab;
     friend class PathNode;
     friend class StoreLoader;
     friend class StoreWriter;
@@ -92,18 +96,21 @@ private:
         Removed = 2,  // out of the graph, waiting for the outermost operation to end
         Unmarked = 4, // the sweep under way has not reached it
         BornInSweep = 8,
-        Pinned = 16,   // some path names this very item
-        LateSlots = 32 // it has neighbours over relations that are younger than its slab
+        Pinned = 16,    // some path names this very item
+        LateSlots = 32, // it has neighbours over relations that are younger than its slab
+        LongValue = 64  // its value lies apart
     };
 
+    // Text up to this length lies in the item itself.
+    static constexpr std::size_t c_shortest = 7;
+
     Item(Type* ip_type, std::uint16_t i_index, std::uint8_t i_slots)
-        : mp_type(ip_type), mp_value(EmptyValue()), m_index(i_index), m_slots(i_slots) {}
+        : mp_type(ip_type), m_text{0, 0, 0, 0, 0, 0, 0, c_shortest}, m_index(i_index), m_slots(i_slots) {}
     ~Item() = default;
 
-    static char* EmptyValue();
-    // A block of a 32-bit length, the text and a zero byte; mp_value points to the text.
-    void SetValue(std::string_view i_value);
+    void SetValue(std::string_view i_value); // once, on a new item
     void FreeValue();
+    std::string_view LongView() const;
 
     bool Is(Flag i_flag) const { return (m_flags & i_flag) != 0; }
     void Set(Flag i_flag) { m_flags = static_cast<std::uint8_t>(m_flags | i_flag); }
@@ -129,8 +136,14 @@ private:
     void UnlinkFromAll();
 
     // The header is 24 bytes, the slots of eight bytes follow it.
-    Type* mp_type;         // null once the record is free
-    char* mp_value;        // owned unless it is EmptyValue()
+    Type* mp_type; // null once the record is free
+    // The value: short text with a zero byte behind it, and in the last byte what it lacks of the full length (which
+    // is that zero byte for the longest); or owned, a block of a 32-bit length, the text, to which this points, and
+    // a zero byte.
+    union {
+        char m_text[c_shortest + 1];
+        char* mp_text;
+    };
     std::uint16_t m_index; // in its slab
     std::uint8_t m_slots;  // inline ones
     std::uint8_t m_flags = 0;

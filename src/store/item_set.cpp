@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 namespace {
 

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <functional>
+#include <memory>
 #include <new>
+
+#include <sys/mman.h>
 
 #if defined(__SANITIZE_ADDRESS__)
 #define TIDEWELL_ASAN 1
@@ -20,20 +23,36 @@
 
 namespace {
 
-// The first slab of a Type is small, for most Types have a handful of items; each next one is twice as large up to
-// a size at which the slabs' own cost no longer counts.
-constexpr std::uint32_t c_smallestSlab = 8;      // records
-constexpr std::size_t c_largestSlab = 64 * 1024; // bytes, about
+// The first slab of a Type is small, for most Types have a handful of items; each next one is as large as all before
+// together, up to the size of a huge page, so that a million items do not take a fresh page table entry each.
+constexpr std::size_t c_smallestSlab = 8;              // records
+constexpr std::size_t c_largestSlab = 2 * 1024 * 1024; // bytes
+constexpr std::size_t c_mostRecords = 65536;           // as an item's place in its slab has 16 bits
+
+// One slab of the largest size, on a multiple of it.
+void* MapLargestSlab() {
+    void* lp_memory =
+        mmap(nullptr, 2 * c_largestSlab, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (lp_memory == MAP_FAILED)
+        throw std::bad_alloc();
+    char* lp_begin = static_cast<char*>(lp_memory);
+    const std::size_t l_lead = -reinterpret_cast<std::uintptr_t>(lp_begin) % c_largestSlab;
+    if (l_lead > 0)
+        munmap(lp_begin, l_lead);
+    munmap(lp_begin + l_lead + c_largestSlab, c_largestSlab - l_lead);
+    madvise(lp_begin + l_lead, c_largestSlab, MADV_HUGEPAGE); // without huge pages it is merely slower
+    return lp_begin + l_lead;
+}
 
 } // namespace
 
 ItemSlabs::~ItemSlabs() {
-    for (Slab* lp_slab : m_slabs)
+    for (ItemSlab* lp_slab : m_slabs)
         FreeSlab(lp_slab);
 }
 
 Item* ItemSlabs::Allocate(Type* ip_type, std::uint8_t i_slots) {
-    Slab* lp_slab = OpenSlab(i_slots);
+    ItemSlab* lp_slab = OpenSlab(i_slots);
     const std::uint32_t l_index = TakeFreeIndex(lp_slab);
     Item* lp_item = lp_slab->At(l_index);
     ASAN_UNPOISON_MEMORY_REGION(lp_item, lp_slab->recordSize);
@@ -45,12 +64,12 @@ Item* ItemSlabs::Allocate(Type* ip_type, std::uint8_t i_slots) {
 }
 
 void ItemSlabs::Retire(Item* ip_item) {
-    SlabOf(ip_item)->Live()[ip_item->m_index / 64] &= ~(std::uint64_t{1} << (ip_item->m_index % 64));
+    ItemSlab::Of(ip_item)->Live()[ip_item->m_index / 64] &= ~(std::uint64_t{1} << (ip_item->m_index % 64));
     --m_count;
 }
 
 void ItemSlabs::Release(Item* ip_item) {
-    Slab* lp_slab = SlabOf(ip_item);
+    ItemSlab* lp_slab = ItemSlab::Of(ip_item);
     const std::uint32_t l_word = ip_item->m_index / 64U;
     lp_slab->Used()[l_word] &= ~(std::uint64_t{1} << (ip_item->m_index % 64));
     lp_slab->firstFree = std::min(lp_slab->firstFree, l_word);
@@ -64,13 +83,14 @@ void ItemSlabs::Release(Item* ip_item) {
     // An empty slab goes back, but for the last: a Type whose only item comes and goes keeps its place.
     if (lp_slab->used == 0 && m_slabs.size() > 1) {
         m_open.erase(std::find(m_open.begin(), m_open.end(), lp_slab));
-        m_slabs.erase(std::lower_bound(m_slabs.begin(), m_slabs.end(), lp_slab, std::less<Slab*>()));
+        m_slabs.erase(m_slabs.begin() + lp_slab->rank);
+        Rank();
         FreeSlab(lp_slab);
     }
 }
 
 Item* ItemSlabs::First() const {
-    for (Slab* lp_slab : m_slabs) {
+    for (ItemSlab* lp_slab : m_slabs) {
         for (std::uint32_t l_word = 0; l_word < lp_slab->words; ++l_word) {
             if (const std::uint64_t l_bits = lp_slab->Live()[l_word]; l_bits != 0)
                 return lp_slab->At(l_word * 64 + static_cast<std::uint32_t>(std::countr_zero(l_bits)));
@@ -79,9 +99,9 @@ Item* ItemSlabs::First() const {
     return nullptr;
 }
 
-ItemSlabs::Slab* ItemSlabs::OpenSlab(std::uint8_t i_slots) {
+ItemSlab* ItemSlabs::OpenSlab(std::uint8_t i_slots) {
     while (!m_open.empty()) {
-        Slab* lp_slab = m_open.back();
+        ItemSlab* lp_slab = m_open.back();
         if (lp_slab->used < lp_slab->capacity && lp_slab->slots == i_slots)
             return lp_slab;
         // Full, or of the time before the Type's latest relation: its free records stay unused.
@@ -91,42 +111,47 @@ ItemSlabs::Slab* ItemSlabs::OpenSlab(std::uint8_t i_slots) {
     return NewSlab(i_slots);
 }
 
-ItemSlabs::Slab* ItemSlabs::NewSlab(std::uint8_t i_slots) {
+ItemSlab* ItemSlabs::NewSlab(std::uint8_t i_slots) {
     const std::size_t l_recordSize = sizeof(Item) + i_slots * sizeof(Neighbours);
-    const std::size_t l_largest = std::max<std::size_t>(c_largestSlab / l_recordSize, c_smallestSlab);
-    const std::size_t l_wanted = std::max<std::size_t>(c_smallestSlab, m_count);
-    const auto l_capacity = static_cast<std::uint32_t>(std::min(l_wanted, l_largest));
-    const std::uint32_t l_words = (l_capacity + 63) / 64;
-    const std::size_t l_head = sizeof(Slab) + 2 * l_words * sizeof(std::uint64_t);
-    const std::size_t l_size = l_head + l_capacity * l_recordSize;
-    Slab* lp_slab = new (::operator new(l_size))
-        Slab{l_capacity, 0, static_cast<std::uint32_t>(l_recordSize), l_words, 0, i_slots, true};
-    std::fill_n(lp_slab->Live(), 2 * l_words, 0);
-    ASAN_POISON_MEMORY_REGION(lp_slab->Records(), l_capacity * l_recordSize);
-    m_slabs.insert(std::lower_bound(m_slabs.begin(), m_slabs.end(), lp_slab, std::less<Slab*>()), lp_slab);
+    const std::size_t l_most = std::min(c_mostRecords, (c_largestSlab - sizeof(ItemSlab)) / l_recordSize);
+    const bool l_isLargest = m_count >= l_most / 2;
+    const std::size_t l_capacity = l_isLargest ? l_most : std::max(c_smallestSlab, m_count);
+    const std::size_t l_size = l_isLargest ? c_largestSlab : sizeof(ItemSlab) + l_capacity * l_recordSize;
+    const std::size_t l_words = (l_capacity + 63) / 64;
+    void* lp_memory = l_isLargest ? MapLargestSlab() : ::operator new(l_size, std::align_val_t(alignof(ItemSlab)));
+    auto* lp_slab = new (lp_memory) ItemSlab{};
+    lp_slab->capacity = static_cast<std::uint32_t>(l_capacity);
+    lp_slab->recordSize = static_cast<std::uint32_t>(l_recordSize);
+    lp_slab->slots = i_slots;
+    lp_slab->words = static_cast<std::uint32_t>(l_words);
+    lp_slab->bits = new std::uint64_t[2 * l_words]();
+    lp_slab->bytes = l_size;
+    lp_slab->isOpen = true;
+    lp_slab->isMapped = l_isLargest;
+    ASAN_POISON_MEMORY_REGION(lp_slab + 1, l_capacity * l_recordSize);
+    m_slabs.insert(std::lower_bound(m_slabs.begin(), m_slabs.end(), lp_slab, std::less<ItemSlab*>()), lp_slab);
+    Rank();
     m_open.push_back(lp_slab);
     m_bytes += l_size;
     return lp_slab;
 }
 
-ItemSlabs::Slab* ItemSlabs::SlabOf(const Item* ip_item) const {
-    // The slab that begins last before the item: found from the item alone would cost it eight bytes.
-    auto l_after = std::upper_bound(m_slabs.begin(), m_slabs.end(), reinterpret_cast<std::uintptr_t>(ip_item),
-                                    [](std::uintptr_t i_address, const Slab* ip_slab) {
-                                        return i_address < reinterpret_cast<std::uintptr_t>(ip_slab);
-                                    });
-    return *--l_after;
+void ItemSlabs::FreeSlab(ItemSlab* ip_slab) {
+    ASAN_UNPOISON_MEMORY_REGION(ip_slab, ip_slab->bytes);
+    m_bytes -= ip_slab->bytes;
+    delete[] ip_slab->bits;
+    if (ip_slab->isMapped)
+        munmap(ip_slab, c_largestSlab);
+    else
+        ::operator delete(ip_slab, std::align_val_t(alignof(ItemSlab)));
 }
 
-void ItemSlabs::FreeSlab(Slab* ip_slab) {
-    const std::size_t l_size = sizeof(Slab) + 2 * ip_slab->words * sizeof(std::uint64_t) +
-                               std::size_t{ip_slab->capacity} * ip_slab->recordSize;
-    ASAN_UNPOISON_MEMORY_REGION(ip_slab, l_size);
-    m_bytes -= l_size;
-    ::operator delete(ip_slab);
+void ItemSlabs::Rank() {
+    for (std::size_t l_rank = 0; l_rank < m_slabs.size(); ++l_rank)
+        m_slabs[l_rank]->rank = static_cast<std::uint32_t>(l_rank);
 }
 
-std::uint32_t ItemSlabs::TakeFreeIndex(Slab* ip_slab) {
+std::uint32_t ItemSlabs::TakeFreeIndex(ItemSlab* ip_slab) {
     std::uint32_t l_word = ip_slab->firstFree;
     while (ip_slab->Used()[l_word] == ~std::uint64_t{0})
         ++l_word;

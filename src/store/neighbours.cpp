@@ -1,8 +1,9 @@
-#include "store/neighbours.h"
+#include "store/neighbours_walk.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace {
@@ -20,12 +21,12 @@ std::size_t Neighbours::Size() const {
     case c_array:
         return AsArray()->m_size;
     default:
-        return AsTree()->size();
+        return AsCrowd()->Size();
     }
 }
 
 Item* Neighbours::FirstOfMany() const {
-    return Kind() == c_array ? AsArray()->Items()[0] : *AsTree()->begin();
+    return Kind() == c_array ? AsArray()->Items()[0] : AsCrowd()->First();
 }
 
 bool Neighbours::ManyContain(const Item* ip_item) const {
@@ -33,7 +34,7 @@ bool Neighbours::ManyContain(const Item* ip_item) const {
         Item** lp_items = AsArray()->Items();
         return std::binary_search(lp_items, lp_items + AsArray()->m_size, ip_item, Before);
     }
-    return AsTree()->contains(const_cast<Item*>(ip_item));
+    return AsCrowd()->Contains(ip_item);
 }
 
 bool Neighbours::Insert(Item* ip_item) {
@@ -43,8 +44,8 @@ bool Neighbours::Insert(Item* ip_item) {
     }
     if (Kind() == c_array)
         return InsertInArray(ip_item);
-    if (Kind() == c_tree)
-        return InsertInTree(ip_item);
+    if (Kind() == c_crowd)
+        return AsCrowd()->Insert(ip_item);
     if (Single() == ip_item)
         return false;
     Array* lp_array = NewArray(2);
@@ -63,10 +64,12 @@ bool Neighbours::InsertInArray(Item* ip_item) {
     if (lp_place != lp_end && *lp_place == ip_item)
         return false;
     if (lp_array->m_size == c_longestArray) {
-        Tree* lp_tree = new Tree(lp_array->Items(), lp_end);
-        lp_tree->insert(ip_item);
+        Crowd* lp_crowd = new Crowd;
+        for (Item** lp_old = lp_array->Items(); lp_old != lp_end; ++lp_old)
+            lp_crowd->Insert(*lp_old);
+        lp_crowd->Insert(ip_item);
         std::free(lp_array);
-        m_bits = reinterpret_cast<std::uintptr_t>(lp_tree) | c_tree;
+        m_bits = reinterpret_cast<std::uintptr_t>(lp_crowd) | c_crowd;
         return true;
     }
     const std::size_t l_before = static_cast<std::size_t>(lp_place - lp_array->Items());
@@ -89,22 +92,11 @@ bool Neighbours::InsertInArray(Item* ip_item) {
     return true;
 }
 
-bool Neighbours::InsertInTree(Item* ip_item) {
-    // Items made in a row lie at rising addresses, so the end is the usual place.
-    Tree* lp_tree = AsTree();
-    const std::size_t l_before = lp_tree->size();
-    if (Before(*lp_tree->rbegin(), ip_item))
-        lp_tree->insert(lp_tree->end(), ip_item);
-    else
-        lp_tree->insert(ip_item);
-    return lp_tree->size() != l_before;
-}
-
 bool Neighbours::Erase(Item* ip_item) {
     if (Kind() == c_array)
         return EraseFromArray(ip_item);
-    if (Kind() == c_tree)
-        return EraseFromTree(ip_item);
+    if (Kind() == c_crowd)
+        return EraseFromCrowd(ip_item);
     if (m_bits == 0 || Single() != ip_item)
         return false;
     m_bits = 0;
@@ -125,15 +117,14 @@ bool Neighbours::EraseFromArray(Item* ip_item) {
     return true;
 }
 
-bool Neighbours::EraseFromTree(Item* ip_item) {
-    Tree* lp_tree = AsTree();
-    if (lp_tree->erase(ip_item) == 0)
+bool Neighbours::EraseFromCrowd(Item* ip_item) {
+    Crowd* lp_crowd = AsCrowd();
+    if (!lp_crowd->Erase(ip_item))
         return false;
-    if (lp_tree->size() <= c_smallestTree) {
-        Array* lp_array = NewArray(c_smallestTree);
-        std::copy(lp_tree->begin(), lp_tree->end(), lp_array->Items());
-        lp_array->m_size = static_cast<std::uint32_t>(lp_tree->size());
-        delete lp_tree;
+    if (lp_crowd->Size() <= c_smallestCrowd) {
+        Array* lp_array = NewArray(c_smallestCrowd);
+        ForEach([lp_array](Item* ip_left) { lp_array->Items()[lp_array->m_size++] = ip_left; });
+        delete lp_crowd;
         m_bits = reinterpret_cast<std::uintptr_t>(lp_array) | c_array;
     }
     return true;
@@ -143,7 +134,7 @@ void Neighbours::FreeMany() {
     if (Kind() == c_array)
         std::free(AsArray());
     else
-        delete AsTree();
+        delete AsCrowd();
 }
 
 Neighbours::Array* Neighbours::NewArray(std::uint32_t i_capacity) {

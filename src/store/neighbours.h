@@ -1,22 +1,18 @@
 // The items that one item is connected to over one relation, in eight bytes: nothing, one pointer, or a pointer to
-// a sorted array while they are few and to a tree of small nodes when they are many. So a `One` end costs a plain
-// pointer, and an attribute shared by half a million owners is still left and joined in logarithmic time.
+// a sorted array while they are few and to a crowd (crowd.h) when they are many. So a `One` end costs a plain pointer,
+// and an attribute shared by half a million owners is still joined and left at once.
 // Always in address order.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <utility>
 
-#include <absl/container/btree_set.h>
-
+class Crowd;
 class Item;
 
 class Neighbours {
 public:
-    using Tree = absl::btree_set<Item*, std::less<Item*>>;
-
     Neighbours() = default;
     Neighbours(Neighbours&& i_other) noexcept : m_bits(std::exchange(i_other.m_bits, 0)) {}
     Neighbours& operator=(Neighbours&&) = delete;
@@ -40,14 +36,14 @@ public:
         m_bits = 0;
     }
 
-    // Calls with each item in address order until the call answers true; tells whether one did.
-    // The callback must not change this set.
+    // The walks are in neighbours_walk.h. AnyOf calls with each item in address order until the call answers true;
+    // tells whether one did. The callback must not change this set.
     template <class Predicate>
     bool AnyOf(Predicate i_predicate) const;
     template <class Visitor>
     void ForEach(Visitor i_visit) const;
 
-    // The representation is sound: ascending, no array or tree of none. Touches none of the items.
+    // The representation is sound: ascending, no array or crowd of none. Touches none of the items.
     bool IsWellFormed() const;
 
 private:
@@ -60,55 +56,26 @@ private:
     // The low bits of a pointer tell what it points to.
     static constexpr std::uintptr_t c_single = 0;
     static constexpr std::uintptr_t c_array = 1;
-    static constexpr std::uintptr_t c_tree = 2;
+    static constexpr std::uintptr_t c_crowd = 2;
     static constexpr std::uintptr_t c_kindMask = 3;
-    static constexpr std::uint32_t c_longestArray = 32;
-    // A tree that shrinks to this becomes an array again; well below the longest array so that a set that goes up
+    // Spread over the slabs of a large Type, fewer would cost more in a crowd.
+    static constexpr std::uint32_t c_longestArray = 512;
+    // A crowd that shrinks to this becomes an array again; well below the longest array, so that a set that goes up
     // and down at the border is not converted each time.
-    static constexpr std::uint32_t c_smallestTree = 16;
+    static constexpr std::uint32_t c_smallestCrowd = 256;
 
     std::uintptr_t Kind() const { return m_bits & c_kindMask; }
     Item* Single() const { return reinterpret_cast<Item*>(m_bits); }
     Array* AsArray() const { return reinterpret_cast<Array*>(m_bits - c_array); }
-    Tree* AsTree() const { return reinterpret_cast<Tree*>(m_bits - c_tree); }
+    Crowd* AsCrowd() const { return reinterpret_cast<Crowd*>(m_bits - c_crowd); }
 
     static Array* NewArray(std::uint32_t i_capacity);
     Item* FirstOfMany() const;
     bool ManyContain(const Item* ip_item) const;
     void FreeMany();
     bool InsertInArray(Item* ip_item);
-    bool InsertInTree(Item* ip_item);
     bool EraseFromArray(Item* ip_item);
-    bool EraseFromTree(Item* ip_item);
+    bool EraseFromCrowd(Item* ip_item);
 
     std::uintptr_t m_bits = 0;
 };
-
-template <class Predicate>
-bool Neighbours::AnyOf(Predicate i_predicate) const {
-    if (m_bits == 0)
-        return false;
-    if (Kind() == c_single)
-        return i_predicate(Single());
-    if (Kind() == c_array) {
-        Array* lp_array = AsArray();
-        for (std::uint32_t l_index = 0; l_index < lp_array->m_size; ++l_index) {
-            if (i_predicate(lp_array->Items()[l_index]))
-                return true;
-        }
-        return false;
-    }
-    for (Item* lp_item : *AsTree()) {
-        if (i_predicate(lp_item))
-            return true;
-    }
-    return false;
-}
-
-template <class Visitor>
-void Neighbours::ForEach(Visitor i_visit) const {
-    AnyOf([&i_visit](Item* ip_item) {
-        i_visit(ip_item);
-        return false;
-    });
-}

@@ -1,5 +1,6 @@
 // Paths: their nodes, their registration, and the walk that decides whether a change made one true.
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 #include <vector>
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "store/neighbours_walk.h"
+
 void StoreWriter::AddType(Type* ip_type) {
     m_types.push_back({ip_type, true, {}});
 }

@@ -7,6 +7,7 @@
 // every chain, so each of them is reached exactly if it has a neighbour. Only Types among which chains can run on are
 // walked as defined, in the defined order: Types by name, items by address, connected Types by address.
 #include "store/data.h"
+#include "store/neighbours_walk.h"
 
 #include <algorithm>
 

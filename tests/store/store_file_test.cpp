@@ -442,7 +442,7 @@ TEST_F(StoreFileTest, LinksAreFollowed) {
 
 TEST_F(StoreFileTest, KilledAtAnyMomentTheFileIsWhole) {
     std::minstd_rand l_random(3);
-    for (int l_round = 0; l_round < 25; ++l_round) {
+    for (int l_round = 0; l_round < 12; ++l_round) {
         // Two processes at once on one path.
         pid_t l_children[2];
         int l_pipe[2];

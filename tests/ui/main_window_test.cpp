@@ -276,6 +276,17 @@ TEST_F(MainWindowTest, ClosingSavesWhatTheUserChose) {
     EXPECT_TRUE(IsSettingYes("use_upnp"));
 }
 
+TEST_F(MainWindowTest, SweepsAndSavesEveryFiveMinutes) {
+    Open();
+    Type* const lp_values = d.GetType("global_value");
+    lp_values->GetItem("nobody's");
+    EXPECT_FALSE(std::filesystem::exists(HomePath(".Tidewell")));
+    EXPECT_EQ(timerManager->FiveMinuteTimer()->interval(), 300'000);
+    timerManager->FiveMinuteTimer()->start(1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return std::filesystem::exists(HomePath(".Tidewell")); }));
+    EXPECT_FALSE(lp_values->HasItem("nobody's"));
+}
+
 TEST_F(MainWindowTest, DamagedStoreFileIsToldAndLoadedAsFarAsItGoes) {
     SeedUser();
     std::filesystem::resize_file(HomePath(".Tidewell"), std::filesystem::file_size(HomePath(".Tidewell")) - 1);

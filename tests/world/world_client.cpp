@@ -15,6 +15,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QNetworkProxy>
 #include <QSocketNotifier>
 
 #include <cstdio>
@@ -152,6 +153,7 @@ private:
 int main(int i_count, char** ip_arguments) {
     RaiseDescriptorLimit();
     QApplication l_application(i_count, ip_arguments);
+    QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
     const QuitSignals l_quitSignals;
     MainWindow l_window;
     l_window.show();

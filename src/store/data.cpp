@@ -64,25 +64,34 @@ void Data::GetTypes(std::map<std::string, Type*>& o_types) const {
 }
 
 ItemSet Data::GetItemSubset(const ItemSet& i_items, std::string_view i_type) const {
+    const absl::InlinedVector<Item*, 8> l_items(i_items.begin(), i_items.end());
+    ItemSet l_result;
+    AnyOfSubset(l_items, i_type, [&l_result](Item* ip_item) {
+        l_result.Append(ip_item);
+        return false;
+    });
+    return l_result;
+}
+
+bool Data::AnyOfSubset(std::span<Item* const> i_items, std::string_view i_type,
+                       absl::FunctionRef<bool(Item*)> i_predicate) const {
     const Type* lp_type = GetType(i_type);
     absl::InlinedVector<const Neighbours*, 8> l_sets;
     for (const Item* lp_item : i_items) {
         l_sets.push_back(&lp_item->SlotOf(lp_type));
         if (l_sets.back()->IsEmpty())
-            return {};
+            return false;
     }
+    if (l_sets.empty())
+        return false;
     // The smallest first: a query such as one for a user and a room would otherwise walk the large side.
     std::sort(l_sets.begin(), l_sets.end(),
               [](const Neighbours* ip_left, const Neighbours* ip_right) { return ip_left->Size() < ip_right->Size(); });
-    ItemSet l_result;
-    if (l_sets.empty())
-        return l_result;
-    l_sets.front()->ForEach([&](Item* ip_item) {
-        if (std::all_of(l_sets.begin() + 1, l_sets.end(),
-                        [ip_item](const Neighbours* ip_set) { return ip_set->Contains(ip_item); }))
-            l_result.Append(ip_item);
+    return l_sets.front()->AnyOf([&](Item* ip_item) {
+        return std::all_of(l_sets.begin() + 1, l_sets.end(),
+                           [ip_item](const Neighbours* ip_set) { return ip_set->Contains(ip_item); }) &&
+               i_predicate(ip_item);
     });
-    return l_result;
 }
 
 ItemSet Data::GetItems(ItemPtr i_first, ItemPtr i_second, std::string_view i_type) const {

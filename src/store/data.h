@@ -8,6 +8,7 @@
 #include <array>
 #include <map>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -15,6 +16,7 @@
 
 #include <absl/container/btree_set.h>
 #include <absl/container/flat_hash_map.h>
+#include <absl/functional/function_ref.h>
 
 #include "store/contract.h"
 #include "store/event.h"
@@ -45,6 +47,10 @@ public:
 
     // The items of the Type that are connected to every one of the items given; none for no items.
     ItemSet GetItemSubset(const ItemSet& i_items, std::string_view i_type) const;
+    // The same without collecting them: calls with each, in address order, until the call answers true, and tells
+    // whether one did. The call must not change the graph. Allocates nothing for up to eight items.
+    bool AnyOfSubset(std::span<Item* const> i_items, std::string_view i_type,
+                     absl::FunctionRef<bool(Item*)> i_predicate) const;
     ItemSet GetItems(ItemPtr i_first, ItemPtr i_second, std::string_view i_type) const;
     // The one such item, null if there is none; more than one is a contract fault.
     ItemPtr GetItem(const ItemSet& i_items, std::string_view i_type) const;

@@ -75,8 +75,21 @@ inline constexpr std::size_t queuedToChild = 1 * mebibyte;
 inline constexpr std::size_t waitingMessages = 1000;
 inline constexpr std::size_t waitingMessageBytes = 64 * mebibyte;
 
+// Share lists that have arrived and wait to be unpacked, which takes seconds for the largest: two of those. Beyond it
+// lists are dropped, with a log line.
+inline constexpr std::size_t packedLists = 128 * mebibyte;
+// Share lists and folder replies that wait to be made, one at a time; requests beyond it get no answer.
+inline constexpr std::size_t waitingListRequests = 1000;
+
 // Upload entries of one user; beyond it the request is denied with a reason.
 inline constexpr std::size_t uploadsOfUser = 5000;
+
+// --- Searches -----------------------------------------------------------------------------------------------------
+
+// Excluded words and parts of words that one search may hold against file names, over all files: a text may have tens
+// of thousands of words, and a share a million files. Ten million take about a fifth of a second, and are enough for a
+// dozen words against the largest shares; a search that needs more gets no answer.
+inline constexpr std::size_t searchWordTests = 10'000'000;
 
 // --- Screen -------------------------------------------------------------------------------------------------------
 

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr std::size_t largeList = 1 * limits::mebibyte; // inflated
+constexpr std::size_t largeList = 64 * limits::kibibyte; // packed
 
 } // namespace
 
@@ -59,37 +59,59 @@ bool PeerMessenger::HandleCode(const Connection& i_connection, int i_code, MemSt
     // clang-format on
 }
 
-// The answer goes to the socket that asked, and is not even built while an earlier one is still going out there.
+// The answer goes to the socket that asked, if it is still there, and is not even made while an earlier one is being
+// made or is still going out there.
 bool PeerMessenger::HandleShareListRequest(const Connection& i_connection) {
-    if (!mp_private->sharedFiles || IsListGoingOut(i_connection.socket))
+    QTcpSocket* const lp_socket = i_connection.socket;
+    if (!mp_private->sharedFiles || BufferOf(lp_socket).isListAwaited || IsListGoingOut(lp_socket))
         return true;
-    const auto l_message = mp_private->sharedFiles->GetSharedFilesMessage(i_connection.user);
-    if (l_message)
-        (void)SendMessage(i_connection.socket, *l_message);
+    const std::shared_ptr<SocketBufferInfo> l_info = m_socketBuffers.at(lp_socket);
+    l_info->isListAwaited = true;
+    const auto l_answer = [this, lp_socket,
+                           l_asker = std::weak_ptr(l_info)](const std::optional<MemStream>& i_message) {
+        const std::shared_ptr<SocketBufferInfo> l_stillThere = l_asker.lock();
+        if (!l_stillThere)
+            return;
+        l_stillThere->isListAwaited = false;
+        const auto l_entry = m_socketBuffers.find(lp_socket);
+        if (i_message && l_entry != m_socketBuffers.end() && l_entry->second == l_stillThere)
+            (void)SendMessage(lp_socket, *i_message);
+    };
+    mp_private->sharedFiles->GetSharedFilesMessage(i_connection.user, l_answer);
     return true;
 }
 
 bool PeerMessenger::HandleShareList(const Connection& i_connection, const MemStream& i_packed) {
-    // A list is millions of small pieces; the allocator would keep the place of all of them.
-    if (TakeShareList(i_connection, i_packed) > largeList)
-        malloc_trim(0);
+    const auto l_packed = std::make_shared<const std::string>(i_packed.GetPending());
+    if (mp_private->packedListBytes + l_packed->size() > limits::packedLists) {
+        LogPeer(1, QStringLiteral("Too many share lists at once, dropping one"));
+        return true;
+    }
+    mp_private->packedListBytes += l_packed->size();
+    mp_private->listWorker.Do(
+        [this, l_packed, l_user = i_connection.user](const std::atomic<bool>& i_stop) -> BackgroundWorker::Finish {
+            const auto l_list = std::make_shared<std::optional<ShareList>>(UnpackShareList(*l_packed, &i_stop));
+            if (!*l_list)
+                malloc_trim(0);
+            return [this, l_user, l_list, l_size = l_packed->size()] { OnListUnpacked(l_user, l_size, *l_list); };
+        });
     return true;
 }
 
-// Answers the inflated size. A list that is not sound to its end is dropped, and so is one for which memory is short.
-std::size_t PeerMessenger::TakeShareList(const Connection& i_connection, const MemStream& i_packed) {
-    InflateStream l_inflated(i_packed.GetPending(), limits::inflatedShare);
-    std::optional<ShareList> l_list;
-    try {
-        l_list = DecodeShareList(l_inflated);
-        if (!l_inflated.Finish())
-            l_list.reset();
-    } catch (const std::bad_alloc&) {
-        l_list.reset();
+void PeerMessenger::OnListUnpacked(const std::string& i_user, std::size_t i_packedSize,
+                                   std::optional<ShareList>& io_list) {
+    mp_private->packedListBytes -= i_packedSize;
+    if (!io_list)
+        return;
+    Q_EMIT UserShare(i_user, io_list->folders, io_list->attributeNames);
+    io_list.reset();
+    // A list is millions of small pieces; the allocator would keep the place of all of them.
+    if (i_packedSize > largeList) {
+        mp_private->listWorker.Do([](const std::atomic<bool>&) -> BackgroundWorker::Finish {
+            malloc_trim(0);
+            return [] {};
+        });
     }
-    if (l_list)
-        Q_EMIT UserShare(i_connection.user, l_list->folders, l_list->attributeNames);
-    return l_inflated.Inflated();
 }
 
 bool PeerMessenger::HandleSearchReply(const Connection& i_connection, const MemStream& i_packed) {

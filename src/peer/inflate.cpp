@@ -9,7 +9,8 @@ constexpr std::size_t pieceSize = 32 * limits::kibibyte;
 
 } // namespace
 
-InflateStream::InflateStream(std::string_view i_compressed, std::size_t i_limit) : m_limit(i_limit) {
+InflateStream::InflateStream(std::string_view i_compressed, std::size_t i_limit, const std::atomic<bool>* ip_stop)
+    : m_limit(i_limit), mp_stop(ip_stop) {
     m_zlib.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(i_compressed.data())); // zlib does not write there
     m_zlib.avail_in = static_cast<uInt>(i_compressed.size());
     m_hasFailed = m_wasMemoryShort = inflateInit(&m_zlib) != Z_OK;
@@ -42,6 +43,7 @@ bool InflateStream::Finish() {
 
 // False when there is no more: the stream has ended or failed.
 bool InflateStream::InflatePiece() {
+    m_hasFailed = m_hasFailed || (mp_stop != nullptr && *mp_stop);
     if (m_hasEnded || m_hasFailed)
         return false;
     m_window.erase(0, m_read);
@@ -64,17 +66,27 @@ bool InflateStream::InflatePiece() {
     return !m_hasFailed;
 }
 
-std::optional<MemStream> PackMessage(int i_code, const MemStream& i_body) {
-    const std::string_view l_plain = i_body.GetWritten();
-    uLongf l_length = compressBound(static_cast<uLong>(l_plain.size()));
-    MemStream l_message;
-    l_message.Reserve(static_cast<int>(sizeof(std::int32_t) + l_length + 1));
-    l_message.Write(std::int32_t{i_code});
-    const int l_result = compress2(reinterpret_cast<Bytef*>(l_message.GetWriteBuffer()), &l_length,
-                                   reinterpret_cast<const Bytef*>(l_plain.data()), static_cast<uLong>(l_plain.size()),
-                                   Z_BEST_COMPRESSION);
-    if (l_result != Z_OK)
+std::optional<MemStream> PackMessage(int i_code, const MemStream& i_body, const std::atomic<bool>* ip_stop) {
+    constexpr std::size_t c_packedAtOnce = 256 * limits::kibibyte; // some 50 ms
+    z_stream l_zlib{};
+    if (deflateInit(&l_zlib, Z_BEST_COMPRESSION) != Z_OK)
         return std::nullopt;
-    l_message.AdvanceWriteIndex(static_cast<int>(l_length));
-    return l_message;
+    std::string_view l_plain = i_body.GetWritten();
+    const uLong l_most = deflateBound(&l_zlib, static_cast<uLong>(l_plain.size()));
+    MemStream l_message;
+    l_message.Reserve(static_cast<int>(sizeof(std::int32_t) + l_most + 1));
+    l_message.Write(std::int32_t{i_code});
+    l_zlib.next_out = reinterpret_cast<Bytef*>(l_message.GetWriteBuffer());
+    l_zlib.avail_out = static_cast<uInt>(l_most);
+    int l_result = Z_OK;
+    while (l_result == Z_OK && (ip_stop == nullptr || !*ip_stop)) {
+        const std::string_view l_piece = l_plain.substr(0, c_packedAtOnce);
+        l_plain.remove_prefix(l_piece.size());
+        l_zlib.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(l_piece.data())); // zlib does not write there
+        l_zlib.avail_in = static_cast<uInt>(l_piece.size());
+        l_result = deflate(&l_zlib, l_plain.empty() ? Z_FINISH : Z_NO_FLUSH);
+    }
+    l_message.AdvanceWriteIndex(static_cast<int>(l_zlib.total_out));
+    deflateEnd(&l_zlib);
+    return l_result == Z_STREAM_END ? std::optional(l_message) : std::nullopt;
 }

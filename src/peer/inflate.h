@@ -1,6 +1,7 @@
 // The compressed peer messages: all of the frame behind the code is one zlib stream with no length before it.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -15,8 +16,8 @@
 class InflateStream : public InputStream {
 public:
     // i_compressed must outlive the stream. Bytes behind the end of the zlib stream are ignored. Beyond i_limit
-    // inflated bytes the stream counts as one that failed to inflate.
-    InflateStream(std::string_view i_compressed, std::size_t i_limit);
+    // inflated bytes the stream counts as one that failed to inflate, and so it does once ip_stop, if given, is set.
+    InflateStream(std::string_view i_compressed, std::size_t i_limit, const std::atomic<bool>* ip_stop = nullptr);
     ~InflateStream() override;
     InflateStream(const InflateStream&) = delete;
     InflateStream& operator=(const InflateStream&) = delete;
@@ -39,11 +40,13 @@ private:
     std::size_t m_read = 0;
     std::size_t m_inflated = 0;
     const std::size_t m_limit;
+    const std::atomic<bool>* const mp_stop;
     bool m_hasEnded = false;
     bool m_hasFailed = false;
     bool m_wasMemoryShort = false;
 };
 
 // The message of code i_code whose plain body is i_body: the code, then the body packed at level 9. Empty when memory
-// is short.
-[[nodiscard]] std::optional<MemStream> PackMessage(int i_code, const MemStream& i_body);
+// is short, or when ip_stop, if given, is set on the way.
+[[nodiscard]] std::optional<MemStream> PackMessage(int i_code, const MemStream& i_body,
+                                                   const std::atomic<bool>* ip_stop = nullptr);

@@ -26,6 +26,7 @@
 #include <QTcpServer>
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -41,14 +42,16 @@ class Strangers;
 struct DirectInit;
 struct IndirectAnswer;
 struct SearchReply;
+struct ShareList;
 struct SocketBufferInfo;
 
-// Gives the finished share list message (code and packed body, without the frame's length) for the user who asks, or
-// nothing: then no answer goes out. Asked inside a message's handling.
+// Gives the finished share list message (code and packed body, without the frame's length) for the user who asks. Asked
+// inside a message's handling; answers then or later, once, or never if it goes. Without a message nothing goes out.
 class SharedFilesSource {
 public:
     virtual ~SharedFilesSource() = default;
-    virtual std::optional<MemStream> GetSharedFilesMessage(const std::string& i_user) = 0;
+    using Answer = std::function<void(const std::optional<MemStream>& i_message)>;
+    virtual void GetSharedFilesMessage(const std::string& i_user, Answer i_answer) = 0;
 };
 
 // Turns an answer into items. Called only for a token that has a `search_request`, in the name of the user on whose
@@ -116,6 +119,7 @@ Q_SIGNALS:
 
     // i_user is the user of the connection that the message came on. Listeners must not dispose of that connection.
     void SearchResults(ItemPtr i_searchResults);
+    // Comes some time after the list, which is unpacked on another thread; a listener may empty it.
     void UserShare(const std::string& i_userName, FileInfoMap& i_share, AttributeTranslationTable& i_translationTable);
     void SharedFilesInFolderRequested(const std::string& i_user, quint32 i_req, const std::string& i_folder);
     void FileTransferRequested(const std::string& i_user, int i_direction, uint i_req, const std::string& i_file,
@@ -189,7 +193,7 @@ private:
     bool HandleCode(const Connection& i_connection, int i_code, MemStream& io_fields);
     bool HandleShareListRequest(const Connection& i_connection);
     bool HandleShareList(const Connection& i_connection, const MemStream& i_packed);
-    std::size_t TakeShareList(const Connection& i_connection, const MemStream& i_packed);
+    void OnListUnpacked(const std::string& i_user, std::size_t i_packedSize, std::optional<ShareList>& io_list);
     bool HandleSearchReply(const Connection& i_connection, const MemStream& i_packed);
     bool HandleFolderRequest(const Connection& i_connection, InputStream& io_fields);
     bool HandleTransferRequest(const Connection& i_connection, InputStream& io_fields);

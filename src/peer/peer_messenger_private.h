@@ -13,6 +13,7 @@
 #include <set>
 #include <string>
 
+#include "app/background_worker.h"
 #include "app/log.h"
 #include "app/text.h"
 #include "net/frame_reader.h"
@@ -33,6 +34,7 @@ struct SocketBufferInfo {
     qint64 sentEnd = 0;
     qint64 listBegin = 0;
     qint64 listEnd = 0;
+    bool isListAwaited = false; // a share list for this connection is being made
 };
 
 struct PeerMessenger::Private {
@@ -60,6 +62,9 @@ struct PeerMessenger::Private {
 
     std::map<long long, WaitingMessage> waiting; // by send order
     std::size_t waitingBytes = 0;
+
+    std::size_t packedListBytes = 0; // of the share lists that have arrived and are not unpacked yet
+    BackgroundWorker listWorker{"list unpacking"};
 };
 
 inline void LogPeer(int i_level, const QString& i_text, ItemPtr i_user = ItemPtr()) {

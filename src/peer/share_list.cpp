@@ -1,5 +1,9 @@
 #include "peer/share_list.h"
 
+#include "peer/inflate.h"
+
+#include <new>
+
 namespace {
 
 bool ReadFolders(InputStream& io_body, FileInfoMap& o_folders) {
@@ -25,6 +29,16 @@ std::optional<ShareList> DecodeShareList(InputStream& io_body) {
     if (!io_body.Read(l_list.attributeNames))
         l_list.attributeNames.clear();
     return l_list;
+}
+
+std::optional<ShareList> UnpackShareList(std::string_view i_packed, const std::atomic<bool>* ip_stop) {
+    try {
+        InflateStream l_inflated(i_packed, limits::inflatedShare, ip_stop);
+        std::optional<ShareList> l_list = DecodeShareList(l_inflated);
+        return l_inflated.Finish() ? std::move(l_list) : std::nullopt;
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 MemStream EncodeShareList(const FileInfoMap& i_folders) {

@@ -7,9 +7,11 @@
 // They read from any stream, so a packed list is inflated only as far as it is read, and read only as far as it holds.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "net/mem_stream.h"
 #include "peer/file_records.h"
@@ -21,6 +23,10 @@ struct ShareList {
 
 // Empty when the folders cannot be read whole. Attribute names that cannot be read count as none.
 [[nodiscard]] std::optional<ShareList> DecodeShareList(InputStream& io_body);
+// The same from its packed form; also empty when that is not sound to its end or too large, when memory is short, and
+// when ip_stop, if given, is set on the way.
+[[nodiscard]] std::optional<ShareList> UnpackShareList(std::string_view i_packed,
+                                                       const std::atomic<bool>* ip_stop = nullptr);
 [[nodiscard]] MemStream EncodeShareList(const FileInfoMap& i_folders);
 
 struct FolderReply {

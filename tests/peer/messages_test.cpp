@@ -172,16 +172,24 @@ TEST_F(MessagesTest, AShareListArrivesWholeOrIsDropped) {
     m_peer->SendFrame(Int32(5));
     // More than may be inflated, behind a list that is sound by itself.
     m_peer->SendFrame(Int32(5) + PackedBomb(l_body, limits::inflatedShare));
-    ExpectAlive();
-    EXPECT_EQ(l_lists, 2);
+    m_peer->SendFrame(Int32(5) + l_packed);
+    ASSERT_TRUE(WaitFor([&] { return l_lists > 2; }));
+    EXPECT_EQ(l_lists, 3) << "lists are unpacked in the order in which they came";
 }
 
 class FixedShare : public SharedFilesSource {
 public:
-    std::optional<MemStream> GetSharedFilesMessage(const std::string& i_user) override {
+    void GetSharedFilesMessage(const std::string& i_user, Answer i_answer) override {
         asker = i_user;
-        return message;
+        ++asked;
+        if (isSlow)
+            late = i_answer;
+        else
+            i_answer(message);
     }
+    int asked = 0;
+    bool isSlow = false;
+    Answer late;
     std::string asker;
     std::optional<MemStream> message;
 };
@@ -201,6 +209,28 @@ TEST_F(MessagesTest, AskedForTheShareTheSourceAnswersOnThatSocket) {
     ASSERT_TRUE(WaitFor([&] { return m_peer->Frames().size() == 1; }));
     EXPECT_EQ(m_peer->Frames()[0], BytesOf(*l_share.message));
     EXPECT_TRUE(l_later->Frames().empty());
+}
+
+TEST_F(MessagesTest, AShareListThatTakesLongGoesToItsSocketOrNowhere) {
+    FixedShare l_share;
+    l_share.message = PackMessage(PM_SHARED_FILE_LIST, EncodeShareList({}));
+    l_share.isSlow = true;
+    peerMessenger->SetSharedFilesSource(&l_share);
+    m_peer->Send(ShareListRequest());
+    m_peer->Send(ShareListRequest()); // nothing more is asked while the first is being made
+    ExpectAlive();
+    EXPECT_EQ(l_share.asked, 1);
+    l_share.late(l_share.message);
+    ASSERT_TRUE(WaitFor([&] { return m_peer->Frames().size() == 1; }));
+    m_peer->Send(ShareListRequest());
+    ASSERT_TRUE(WaitFor([&] { return l_share.asked == 2; }));
+
+    const ItemSet l_sockets = PeerSockets("anna");
+    peerMessenger->DisposeOfSocket(ItemPtr(l_sockets).AsPointer<QTcpSocket>());
+    m_peer = ScriptedPeer::Introduced("anna");
+    l_share.late(l_share.message);
+    ExpectAlive();
+    EXPECT_TRUE(m_peer->Frames().empty()) << "the new connection did not ask";
 }
 
 class ReplyBox : public SearchReplyReceiver {

@@ -6,7 +6,7 @@
 #include "app/settings.h"
 #include "app/timers.h"
 #include "net/server.h"
-#include "peer/peer_schema.h"
+#include "peer/peer_messenger.h"
 #include "sharing/shared_folders_manager.h"
 #include "store/data.h"
 #include "store/data_saver.h"
@@ -106,7 +106,7 @@ int main(int i_count, char** ip_arguments) {
     DataSaver l_saver;
     Server l_server;
     l_server.CreateData();
-    CreatePeerTypes();
+    PeerMessenger l_messenger;
     CreateSettingsTypes();
     {
         SharedFoldersManager l_sharedFolders; // without Init: only the rescans below walk

@@ -14,13 +14,21 @@ SharedFoldersManager::SharedFoldersManager(QObject* ip_parent) : QObject(ip_pare
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileNameAdded));
     d.GetType("shared_file_folder")
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileFolderAdded));
+    mp_shareListBuilder = std::make_unique<ShareListBuilder>();
+    mp_userShareBuilder = std::make_unique<UserShareBuilder>();
     StartScanner();
+    peerMessenger->SetSharedFilesSource(this);
+    connect(peerMessenger, &PeerMessenger::UserShare, this, &SharedFoldersManager::OnUserShare);
+    connect(peerMessenger, &PeerMessenger::SharedFilesInFolderRequested, this,
+            &SharedFoldersManager::OnFilesInFoldersRequested);
     connect(gp_server, &Server::Connected, this, &SharedFoldersManager::OnConnectedToServer);
     connect(gp_server, &Server::ReceivedUserStats, this, &SharedFoldersManager::OnReceivedUserStats);
 }
 
 SharedFoldersManager::~SharedFoldersManager() {
     StopScanner();
+    if (peerMessenger)
+        peerMessenger->SetSharedFilesSource(nullptr);
     sharedFoldersManager = nullptr;
 }
 

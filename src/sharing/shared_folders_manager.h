@@ -10,22 +10,29 @@
 #pragma once
 
 #include "net/wire.h"
+#include "peer/peer_messenger.h"
 #include "sharing/mp3_scanner.h"
+#include "sharing/search_tokens.h"
+#include "sharing/share_list_builder.h"
+#include "sharing/user_share_builder.h"
 #include "store/data.h"
 
 #include <QObject>
 #include <QString>
 #include <QThread>
 
+#include <memory>
 #include <string>
 
+class FolderIndexer;
 class FolderListing;
+class UploadSlots;
 
-class SharedFoldersManager : public QObject, public DataHandler {
+class SharedFoldersManager : public QObject, public DataHandler, public SharedFilesSource {
     Q_OBJECT
 
 public:
-    // Sets the global and creates the Types. `gp_server` and the Types of the server and the peer network exist by now.
+    // Sets the global and creates the Types. `gp_server`, `peerMessenger` and their Types exist by now.
     explicit SharedFoldersManager(QObject* ip_parent = nullptr);
     // Waits until the scanner is done with the file that it is reading.
     ~SharedFoldersManager() override;
@@ -42,7 +49,22 @@ public:
     // The `shared_folder` items that the user may see.
     ItemSet GetUserSharedFolders(const std::string& i_user);
 
+    // Not owned; null takes it out again. Without it search replies tell of no free slot and an empty queue.
+    void SetUploadSlots(UploadSlots* ip_slots);
+    // Sends the user the files that match, if there are any that the user may have, and not too many.
+    void ProcessSearch(const std::string& i_user, unsigned int i_requestToken, const std::string& i_text);
+
+    // The list of what the user may see, made when it is asked for.
+    void GetSharedFilesMessage(const std::string& i_user, Answer i_answer) override;
+    // Bit rate and length of a file in somebody's list or answer, as "192 CBR, 4m5s"; empty if nothing is known.
+    QString GetFileItemDisplayString(ItemPtr i_file);
+
 public Q_SLOTS:
+    // Sends the user the files of one directory, if the user may see it; else there is no reply.
+    void OnFilesInFoldersRequested(const std::string& i_user, quint32 i_request, const std::string& i_folder);
+    // Takes the list, which is empty afterwards.
+    void OnUserShare(const std::string& i_user, FileInfoMap& io_folders, AttributeTranslationTable& i_attributeNames);
+    void OnDNetSearchRequest(const std::string& i_user, quint32 i_requestToken, const std::string& i_text);
     // Brings all roots in step with the disk, then emits SharedFilesRescanned.
     void RescanShares();
 
@@ -67,7 +89,7 @@ private:
 
     void MirrorFolder(Item* ip_root, const FolderListing& i_listing);
     Item* AddFile(Item* ip_folder, std::string_view i_name, long long i_size);
-    void FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name);
+    void FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name, FolderIndexer& io_indexer);
     int RemoveUnreachedFolders();
 
     void StartScanner();
@@ -75,6 +97,11 @@ private:
 
     int m_filesAdded = 0;
     int m_filesRemoved = 0;
+    SearchTokenCutter m_tokenCutter;
+    UploadSlots* mp_uploadSlots = nullptr;
+    // Both need the Types.
+    std::unique_ptr<ShareListBuilder> mp_shareListBuilder;
+    std::unique_ptr<UserShareBuilder> mp_userShareBuilder;
     MP3Scanner m_scanner;
     QThread m_scannerThread;
 };

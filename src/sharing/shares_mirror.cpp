@@ -5,6 +5,7 @@
 #include "app/text.h"
 #include "sharing/folder_listing.h"
 #include "sharing/folder_walk.h"
+#include "sharing/search_index.h"
 
 #include <absl/container/flat_hash_map.h>
 
@@ -78,6 +79,7 @@ void SharedFoldersManager::MirrorFolder(Item* ip_root, const FolderListing& i_li
 
     const Data::Operation l_walking(d); // listeners may remove what is at hand here
     KnownFiles l_known(lp_folder);
+    FolderIndexer l_indexer(m_tokenCutter, lp_folder);
     for (const std::string_view l_name : i_listing.Files()) {
         Item* lp_file = l_known.Take(l_name);
         if (!lp_file) {
@@ -86,7 +88,7 @@ void SharedFoldersManager::MirrorFolder(Item* ip_root, const FolderListing& i_li
                 continue;
             lp_file = AddFile(lp_folder, l_name, *l_size);
         }
-        FileFound(lp_file, i_listing, l_name);
+        FileFound(lp_file, i_listing, l_name, l_indexer);
     }
     m_filesRemoved += l_known.RemoveRest();
 }
@@ -101,10 +103,12 @@ Item* SharedFoldersManager::AddFile(Item* ip_folder, std::string_view i_name, lo
 }
 
 // For each file that a walk meets, new or known: what is derived from files is brought up to date here.
-void SharedFoldersManager::FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name) {
+void SharedFoldersManager::FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name,
+                                     FolderIndexer& io_indexer) {
     const bool l_isMP3 = i_name.size() > 4 && (i_name.ends_with(".mp3") || i_name.ends_with(".MP3"));
     if (l_isMP3 && !ip_file->IsConnected("is_scanned"))
         Q_EMIT MP3ScanRequired(QString::fromLatin1(i_listing.FilePath(i_name)));
+    io_indexer.TokenizeSharedFile(ip_file, i_name);
 }
 
 void SharedFoldersManager::RescanShares() {

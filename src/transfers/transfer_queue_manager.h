@@ -7,6 +7,7 @@
 // Names and folders are bytes as the peer wrote them, UTF-8 as a rule; a remote path is folder, backslash, name.
 #pragma once
 
+#include "sharing/upload_slots.h"
 #include "store/data.h"
 #include "store/data_saver.h"
 
@@ -20,7 +21,7 @@
 class QFile;
 class QTcpSocket;
 
-class TransferQueueManager : public QObject, public DataHandler, public DataLoadedEventHandler {
+class TransferQueueManager : public QObject, public DataHandler, public DataLoadedEventHandler, public UploadSlots {
     Q_OBJECT
     Q_MOC_INCLUDE(<QTcpSocket>)
 
@@ -71,8 +72,8 @@ public:
     int GetUserGroupDownloadPriority(const std::string& i_user);
     // Starts the first queued entry of an online user if no upload is under way: one upload at a time in all.
     void StartNewUploads();
-    bool IsFreeToUpload();
-    int QueuedUploadCount();
+    bool IsFreeToUpload() override;
+    int QueuedUploadCount() override;
     // KiB per second; 0 means no limit.
     void SetUploadSpeedLimit(int i_limit);
     void EnableUploadSpeedLimit(bool i_enable);

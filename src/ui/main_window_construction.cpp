@@ -149,6 +149,8 @@ void MainWindow::CreateSharing() {
     new DelayedInvoker;
     new DNetManager;
     new SharedFoldersManager;
+    connect(dnetManager, &DNetManager::DNetSearchRequest, sharedFoldersManager,
+            &SharedFoldersManager::OnDNetSearchRequest);
 }
 
 void MainWindow::CreateWindowTypes() {
@@ -166,6 +168,7 @@ void MainWindow::CreateTransfers() {
     mp_layout->diagnosticsForm->Init();
     new TransferQueueManager;
     new WishListSearcher(this);
+    sharedFoldersManager->SetUploadSlots(transferQueueManager);
 }
 
 void MainWindow::WatchLogin() {
@@ -225,6 +228,7 @@ void MainWindow::SaveStore() {
 
 // The reverse of their making, as far as they lean on each other: each is gone before what it calls.
 void MainWindow::DeleteManagers() {
+    sharedFoldersManager->SetUploadSlots(nullptr);
     delete transferQueueManager;
     delete sharedFoldersManager;
     delete delayedInvoker;

@@ -5,7 +5,7 @@
 #include "app/settings.h"
 #include "app/timers.h"
 #include "net/server.h"
-#include "peer/peer_schema.h"
+#include "peer/peer_messenger.h"
 #include "sharing/shared_folders_manager.h"
 #include "sharing/temp_tree.h"
 #include "store/data.h"
@@ -49,12 +49,15 @@ private:
         TimerManager timers;
         DataSaver saver;
         Server server;
+        std::unique_ptr<PeerMessenger> messenger;
         std::unique_ptr<SharedFoldersManager> sharedFolders;
 
         Managers() {
             server.CreateData();
-            CreatePeerTypes();
+            messenger = std::make_unique<PeerMessenger>();
             CreateSettingsTypes();
+            SetSetting("listening_port", 0);
+            messenger->DataLoaded();
             sharedFolders = std::make_unique<SharedFoldersManager>();
             sharedFolders->Init();
         }

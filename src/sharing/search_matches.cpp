@@ -1,0 +1,97 @@
+#include "sharing/search_matches.h"
+
+#include "net/limits.h"
+#include "sharing/search_parser.h"
+
+#include <absl/container/inlined_vector.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+namespace {
+
+using Tokens = absl::InlinedVector<Item*, 8>;
+
+// Empty if one of the words is not in the index.
+Tokens FindTokens(const SearchWordSet& i_words) {
+    Tokens l_tokens;
+    const Type* const lp_type = d.GetType("search_token");
+    for (const std::string_view l_word : i_words) {
+        const ItemPtr l_token = lp_type->HasItem(l_word);
+        if (!l_token)
+            return {};
+        l_tokens.push_back(l_token.Get());
+    }
+    return l_tokens;
+}
+
+class Matching {
+public:
+    Matching(const SearchParser& i_parser, absl::FunctionRef<ItemSet()> i_visibleRoots)
+        : m_parts(i_parser.GetIncludedPartTokenSet()), m_excluded(i_parser.GetExcludedTokenSet()),
+          m_askRoots(i_visibleRoots) {}
+
+    // For the files that have all tokens, one after the other; true ends the search.
+    bool Take(Item* ip_file) {
+        if (!m_roots)
+            m_roots = m_askRoots();
+        if (m_roots->empty())
+            return true;
+        if (IsVisible(ip_file) && IsNameRight(ip_file))
+            m_matches.push_back(ip_file);
+        return IsTooMuch();
+    }
+
+    std::vector<Item*> Matches() { return IsTooMuch() ? std::vector<Item*>() : std::move(m_matches); }
+
+private:
+    // A text of tens of thousands of words would be held against every file of the share.
+    bool IsTooMuch() const { return m_matches.size() > c_mostSearchMatches || m_wordTests > limits::searchWordTests; }
+
+    bool IsNameRight(const Item* ip_file) {
+        if (m_parts.empty() && m_excluded.empty())
+            return true;
+        const std::string_view l_name = ip_file->HasItem("shared_file_name").AsView();
+        const auto l_occurs = [&](std::string_view i_word) {
+            ++m_wordTests;
+            return l_name.find(i_word) != std::string_view::npos;
+        };
+        return std::none_of(m_excluded.begin(), m_excluded.end(), l_occurs) &&
+               std::all_of(m_parts.begin(), m_parts.end(), l_occurs);
+    }
+
+    // Files of one directory mostly follow each other.
+    bool IsVisible(const Item* ip_file) {
+        Item* const lp_folder = ip_file->HasItem("shared_file_folder").Get();
+        if (lp_folder != mp_folder) {
+            mp_folder = lp_folder;
+            m_isFolderVisible = lp_folder != nullptr &&
+                                std::any_of(m_roots->begin(), m_roots->end(),
+                                            [&](Item* ip_root) { return lp_folder->IsConnected(ItemPtr(ip_root)); });
+        }
+        return m_isFolderVisible;
+    }
+
+    const SearchWordSet& m_parts;
+    const SearchWordSet& m_excluded;
+    const absl::FunctionRef<ItemSet()> m_askRoots;
+    std::optional<ItemSet> m_roots;
+    std::vector<Item*> m_matches;
+    std::size_t m_wordTests = 0;
+    // The directory looked at last, and the verdict on it.
+    const Item* mp_folder = nullptr;
+    bool m_isFolderVisible = false;
+};
+
+} // namespace
+
+std::vector<Item*> FindSearchMatches(std::string_view i_text, absl::FunctionRef<ItemSet()> i_visibleRoots) {
+    SearchParser l_parser;
+    if (!l_parser.SetSearchText(i_text))
+        return {};
+    const Tokens l_tokens = FindTokens(l_parser.GetIncludedTokenSet());
+    Matching l_matching(l_parser, i_visibleRoots);
+    d.AnyOfSubset(l_tokens, "shared_file", [&](Item* ip_file) { return l_matching.Take(ip_file); });
+    return l_matching.Matches();
+}

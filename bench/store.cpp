@@ -1,6 +1,6 @@
 // The item store against the literal layout of literal_store.h: entities with six shared attributes each.
 //
-// usage: store_bench [ENTITIES] [REPEATS]
+// usage: bench_store [ENTITIES] [REPEATS]
 // ENTITIES is 1,000,000 unless given. Each of the two runs in a process of its own, REPEATS (1) times; the best time
 // of each step counts, for what disturbs a measurement only ever adds to it. Beside each ratio stands what it has to
 // reach; the exit status is 1 if one falls short.

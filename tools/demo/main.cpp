@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QNetworkProxy>
 
 namespace {
 
@@ -37,6 +38,7 @@ NewcomerOptions ReadOptions(const QCoreApplication& i_application) {
 int main(int i_count, char** ip_arguments) {
     RaiseDescriptorLimit();
     QApplication l_application(i_count, ip_arguments);
+    QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
     const NewcomerOptions l_options = ReadOptions(l_application);
     QuitSignals l_quitSignals;
     MainWindow l_window;

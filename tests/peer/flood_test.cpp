@@ -214,6 +214,9 @@ TEST_F(FloodTest, AcceptingPausesAtTheLimitAndResumesBelowIt) {
 }
 
 TEST_F(FloodTest, WithoutAnyDescriptorTheListenerNeitherSpinsNorGoesDeaf) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizers open a pipe to check an object's type, and take its failure for a bad object";
+#endif
     std::vector<std::unique_ptr<ScriptedPeer>> l_peers;
     for (int l_index = 0; l_index < 3; ++l_index)
         l_peers.push_back(std::make_unique<ScriptedPeer>());

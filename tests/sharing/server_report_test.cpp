@@ -41,6 +41,7 @@ TEST_F(ServerReport, TellsTheCountsAtLoginAndKeepsTheOwnSpeed) {
     m_tree.File("sub/c");
     Share(m_tree.Path());
     ASSERT_NO_FATAL_FAILURE(LogIn());
+    ASSERT_TRUE(m_server.Next<to_server::SetWaitPort>()); // the messenger's, which was connected first
     const auto l_counts = m_server.Next<to_server::FilesFolders>();
     ASSERT_TRUE(l_counts);
     EXPECT_EQ(l_counts->folderCount, 2);

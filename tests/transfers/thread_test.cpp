@@ -294,6 +294,9 @@ TEST_F(ThreadTest, StoppedBeforeItStartsItNeverRuns) {
 }
 
 TEST_F(ThreadTest, WithoutDescriptorsItFailsAndTheProcessLives) {
+#ifdef __SANITIZE_ADDRESS__
+    GTEST_SKIP() << "the sanitizers open a pipe to check an object's type, and take its failure for a bad object";
+#endif
     WriteFile("");
     mp_file = OpenToAppend(FilePath());
     rlimit l_limit = {};

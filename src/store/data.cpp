@@ -136,5 +136,8 @@ void Data::FinishOutermost() {
         CheckTouched();
     for (Item* lp_item : m_removedItems)
         lp_item->mp_type->ReleaseItem(lp_item);
-    m_removedItems.clear();
+    if (m_removedItems.capacity() > 4096)
+        m_removedItems = {};
+    else
+        m_removedItems.clear();
 }

@@ -269,6 +269,9 @@ void Item::Remove() {
     if (Is(Removing) || Is(Removed))
         return;
     Set(Removing);
+    // A removal meets a dozen places in memory that nothing has touched for long; they are sent for ahead.
+    if (Is(LongValue))
+        __builtin_prefetch(mp_text - sizeof(std::uint32_t));
     Data* lp_data = mp_type->m_data;
     const Data::Operation l_operation(*lp_data);
     Item* lp_this = this;
@@ -292,8 +295,13 @@ void Item::DisconnectFromAll() {
     absl::InlinedVector<Connection, 32> l_copy;
     const Item& l_this = *this;
     for (const Relation* lp_relation : mp_type->m_relationsByAddress) {
-        l_this.Slot(lp_relation->slot).ForEach([&](Item* ip_item) { l_copy.push_back({lp_relation, ip_item}); });
+        l_this.Slot(lp_relation->slot).ForEach([&](Item* ip_item) {
+            __builtin_prefetch(ip_item->InlineSlots());
+            l_copy.push_back({lp_relation, ip_item});
+        });
     }
+    if (!mp_type->m_isNull)
+        mp_type->m_values.prefetch(AsView());
     for (const Connection& l_connection : l_copy) {
         // Handlers may have undone it meanwhile, and removed the other item.
         if (l_this.Slot(l_connection.relation->slot).Contains(l_connection.other))

@@ -39,15 +39,17 @@ Data* ItemSet::Store() const {
 }
 
 void ItemSet::Add(const ItemSet& i_items) {
-    *this = *this + i_items;
+    if (i_items.size() > size()) {
+        *this = i_items + *this;
+        return;
+    }
+    for (Item* lp_item : i_items)
+        insert(lp_item);
 }
 
 ItemSet ItemSet::operator+(const ItemSet& i_items) const {
-    const ItemSet& l_larger = size() >= i_items.size() ? *this : i_items;
-    const ItemSet& l_smaller = size() >= i_items.size() ? i_items : *this;
-    ItemSet l_result(l_larger);
-    for (Item* lp_item : l_smaller)
-        l_result.insert(lp_item);
+    ItemSet l_result(size() >= i_items.size() ? *this : i_items);
+    l_result.Add(size() >= i_items.size() ? i_items : *this);
     return l_result;
 }
 

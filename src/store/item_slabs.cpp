@@ -80,8 +80,8 @@ void ItemSlabs::Release(Item* ip_item) {
         lp_slab->isOpen = true;
         m_open.push_back(lp_slab);
     }
-    // An empty slab goes back, but for the last: a Type whose only item comes and goes keeps its place.
-    if (lp_slab->used == 0 && m_slabs.size() > 1) {
+    // An empty slab goes back, but for a last small one: a Type whose only item comes and goes keeps its place.
+    if (lp_slab->used == 0 && (m_slabs.size() > 1 || lp_slab->isMapped)) {
         m_open.erase(std::find(m_open.begin(), m_open.end(), lp_slab));
         m_slabs.erase(m_slabs.begin() + lp_slab->rank);
         Rank();

@@ -59,10 +59,10 @@ private:
     static constexpr std::uintptr_t c_crowd = 2;
     static constexpr std::uintptr_t c_kindMask = 3;
     // Spread over the slabs of a large Type, fewer would cost more in a crowd.
-    static constexpr std::uint32_t c_longestArray = 512;
+    static constexpr std::uint32_t c_longestArray = 128;
     // A crowd that shrinks to this becomes an array again; well below the longest array, so that a set that goes up
     // and down at the border is not converted each time.
-    static constexpr std::uint32_t c_smallestCrowd = 256;
+    static constexpr std::uint32_t c_smallestCrowd = 64;
 
     std::uintptr_t Kind() const { return m_bits & c_kindMask; }
     Item* Single() const { return reinterpret_cast<Item*>(m_bits); }

@@ -3,6 +3,12 @@
 #include <algorithm>
 #include <utility>
 
+namespace {
+
+constexpr std::size_t c_batch = 64; // connections
+
+} // namespace
+
 StoreLoader::StoreLoader(Data& i_data, std::function<bool(std::string_view)> i_isWanted)
     : m_data(i_data), m_isWanted(std::move(i_isWanted)) {}
 
@@ -19,11 +25,15 @@ bool StoreLoader::Load(std::string_view i_bytes) {
             TakeItem(l_reader);
             break;
         case StoreImageReader::ConnectionRecord:
-            TakeConnection(l_reader);
+            m_connections.emplace_back(l_reader.LowId(), l_reader.HighId());
+            if (m_connections.size() == c_batch)
+                TakeConnections();
             break;
         case StoreImageReader::End:
+            TakeConnections();
             return true;
         case StoreImageReader::Damage:
+            TakeConnections();
             return false;
         }
     }
@@ -38,7 +48,8 @@ void StoreLoader::TakeType(const StoreImageReader& i_reader) {
     // An item record has four bytes at least, or eight with its text.
     const std::size_t l_possible = i_reader.BytesLeft() / (i_reader.IsNullType() ? 4 : 8);
     const std::size_t l_count = std::min(static_cast<std::size_t>(i_reader.ItemCount()), l_possible);
-    m_entries.reserve(std::max(m_entries.size() + l_count, m_entries.capacity()));
+    if (m_entries.size() + l_count > m_entries.capacity()) // grown as by push_back: there may be many small Types
+        m_entries.reserve(std::max(m_entries.size() + l_count, 2 * m_entries.capacity()));
     if (mp_type != nullptr && !mp_type->IsNull())
         mp_type->m_values.reserve(mp_type->m_values.size() + l_count);
 }
@@ -66,9 +77,25 @@ StoreLoader::Entry* StoreLoader::Find(std::int32_t i_id) {
     return i_id >= 1 && static_cast<std::size_t>(i_id) <= m_entries.size() ? &m_entries[i_id - 1U] : nullptr;
 }
 
-void StoreLoader::TakeConnection(const StoreImageReader& i_reader) {
-    Entry* lp_low = Find(i_reader.LowId());
-    Entry* lp_high = Find(i_reader.HighId());
+void StoreLoader::TakeConnections() {
+    for (const auto& [l_low, l_high] : m_connections) {
+        __builtin_prefetch(Find(l_low));
+        __builtin_prefetch(Find(l_high));
+    }
+    for (const auto& [l_low, l_high] : m_connections) {
+        for (const Entry* lp_entry : {Find(l_low), Find(l_high)}) {
+            if (lp_entry != nullptr)
+                __builtin_prefetch(lp_entry->item);
+        }
+    }
+    for (const auto& [l_low, l_high] : m_connections)
+        TakeConnection(l_low, l_high);
+    m_connections.clear();
+}
+
+void StoreLoader::TakeConnection(std::int32_t i_lowId, std::int32_t i_highId) {
+    Entry* lp_low = Find(i_lowId);
+    Entry* lp_high = Find(i_highId);
     if (lp_low == nullptr || lp_high == nullptr) {
         ++m_leftOutCount;
         return;

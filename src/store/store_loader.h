@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include <absl/container/flat_hash_map.h>
@@ -32,7 +33,8 @@ private:
 
     void TakeType(const StoreImageReader& i_reader);
     void TakeItem(const StoreImageReader& i_reader);
-    void TakeConnection(const StoreImageReader& i_reader);
+    void TakeConnections();
+    void TakeConnection(std::int32_t i_lowId, std::int32_t i_highId);
     Entry* Find(std::int32_t i_id);
     static bool FillEnd(OneOrMany i_cardinality, unsigned i_slot, Entry& io_entry);
 
@@ -42,6 +44,8 @@ private:
     // Ids count from 1 in a file of ours; an id out of its turn is looked up instead.
     std::vector<Entry> m_entries;
     absl::flat_hash_map<std::int32_t, Entry> m_oddEntries;
+    // Connections read and not yet made: their items lie all over the memory, so a few dozen are sent for at once.
+    std::vector<std::pair<std::int32_t, std::int32_t>> m_connections;
     std::size_t m_itemCount = 0;
     std::size_t m_leftOutCount = 0;
 };

@@ -128,8 +128,12 @@ Item* Type::Announce(Item* ip_item) {
 }
 
 void Type::TakeOutItem(Item* ip_item) {
-    if (!m_isNull)
+    if (!m_isNull) {
         m_values.erase(ip_item->AsView());
+        // A Type that was once large gives its index back.
+        if (m_values.capacity() > 4096 && m_values.size() < m_values.capacity() / 16)
+            m_values.rehash(m_values.size() * 2);
+    }
     if (ip_item->Is(Item::LateSlots))
         m_lateSlots.erase(ip_item);
     m_items.Retire(ip_item);

@@ -3,6 +3,8 @@
 #include "app/text.h"
 #include "net/limits.h"
 
+#include <QTextDocument>
+
 #include <algorithm>
 
 namespace {
@@ -79,4 +81,9 @@ QString ChatLineText(std::string_view i_text) {
 
 QString TitleText(std::string_view i_text) {
     return LabelText(i_text).replace(QLatin1Char('&'), QLatin1String("&&"));
+}
+
+QString ToolTipText(std::string_view i_text) {
+    const QString l_text = CellText(i_text);
+    return Qt::mightBeRichText(l_text) ? QStringLiteral("<qt>%1</qt>").arg(l_text.toHtmlEscaped()) : l_text;
 }

@@ -18,3 +18,5 @@ QString CellText(std::string_view i_text);
 QString ChatLineText(std::string_view i_text);
 // Titles of tabs, menus and tool bar buttons: LabelText with "&" doubled, so that it shows and marks no shortcut.
 QString TitleText(std::string_view i_text);
+// Tool tips: CellText, escaped where Qt would take it for markup. Markup in a tip may name a file, which Qt reads.
+QString ToolTipText(std::string_view i_text);

@@ -41,7 +41,9 @@ QString Text(const char* i_text) {
 } // namespace
 
 MainWindowLayout::MainWindowLayout(MainWindow* ip_window) {
-    Q_INIT_RESOURCE(icons); // those of a static library wait to be asked for
+    // Those of a static library wait to be asked for.
+    Q_INIT_RESOURCE(icons);
+    Q_INIT_RESOURCE(flags);
     ip_window->setWindowTitle(QStringLiteral("TidewellQt nightly build 9/21/2011"));
     ip_window->resize(c_windowSize);
     AddMenu(ip_window);

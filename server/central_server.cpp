@@ -25,7 +25,7 @@ int DescriptorsForSessions() {
 CentralServer::CentralServer(Database& i_database, const Options& i_options, const Limits& i_limits)
     : m_options(i_options), m_limits(i_limits), m_accounts(i_database), m_mailbox(i_database, m_limits),
       m_directory(m_accounts, m_limits, i_options.privileged), m_rooms(m_directory, m_limits),
-      m_relay(m_directory, m_mailbox),
+      m_relay(m_directory, m_mailbox), m_searchTree(m_directory, m_limits, i_options.tree),
       m_login(m_accounts, m_limits, i_options.isRegistrationOpen,
               [this](Session& io_session, const std::string& i_user) { Admit(io_session, i_user); }) {
     m_limits.sessions = std::min(m_limits.sessions, DescriptorsForSessions());
@@ -108,10 +108,13 @@ void CentralServer::Admit(Session& io_session, const std::string& i_user) {
     l_reply.address = io_session.Address();
     io_session.Send(Encode(l_reply));
     m_directory.Enter(io_session);
+    m_searchTree.Enter(io_session);
+    m_rooms.OnGetRoomList(io_session, {}); // whoever comes wants to see where people are
     m_relay.DeliverWaiting(io_session);
 }
 
 void CentralServer::Depart(Session& io_session) {
     m_rooms.LeaveAll(io_session);
+    m_searchTree.Leave(io_session);
     m_directory.Leave(io_session);
 }

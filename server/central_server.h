@@ -10,6 +10,7 @@
 #include "server/options.h"
 #include "server/relay.h"
 #include "server/rooms.h"
+#include "server/search_tree.h"
 #include "server/traffic.h"
 
 #include <QObject>
@@ -54,6 +55,7 @@ private:
     Directory m_directory;
     Rooms m_rooms;
     Relay m_relay;
+    SearchTree m_searchTree;
     QTcpServer m_listener;
     std::set<Session*> m_sessions;   // owned as children
     std::list<Session*> m_strangers; // of them, those not yet admitted, the oldest first

@@ -44,6 +44,20 @@ struct Limits {
     std::size_t roomsOfUser = 100;
     std::size_t rooms = 10000;
 
+    // Searches of one client. Each goes to everyone, who answers it from a whole share; a person types far fewer.
+    int searchesPerSecond = 10;
+    int searchBurst = 30;
+
+    // Lists of possible parents for one client, each of which is a walk through all clients. An honest one asks when it
+    // has lost its parent.
+    int parentListsPerSecond = 1;
+    int parentListBurst = 10;
+    std::size_t possibleParents = 10;  // in one list
+    std::size_t parentsOfClient = 200; // offered to one client, and remembered
+
+    // A client that has lost the server but not its connections to other clients is back within a minute or two.
+    std::chrono::milliseconds departureMemory{600000};
+
     // Messages kept for one user, and those of them from one sender. All of them go out at one login, so their
     // bytes must fit well into the send queue.
     int keptMessages = 1000;

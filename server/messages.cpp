@@ -53,14 +53,28 @@ bool CentralServer::OnMessage(Session& io_session, std::int32_t i_code, MemStrea
         return Act(m_relay, &Relay::OnPrivateChat, io_session, io_body);
     case to_server::PrivateChatAcknowledgement::code:
         return Act(m_relay, &Relay::OnAcknowledgement, io_session, io_body);
+    case to_server::FileSearch::code:
+        return Act(m_searchTree, &SearchTree::OnFileSearch, io_session, io_body);
     case to_server::FilesFolders::code:
         return Act(m_directory, &Directory::OnFilesFolders, io_session, io_body);
     case to_server::GetUserStats::code:
         return Act(m_directory, &Directory::OnGetUserStats, io_session, io_body);
     case to_server::GetRoomList::code:
         return Act(m_rooms, &Rooms::OnGetRoomList, io_session, io_body);
+    case to_server::DNetNoParent::code:
+        return Act(m_searchTree, &SearchTree::OnNoParent, io_session, io_body);
+    case to_server::DNetCanParent::code:
+        return Act(m_searchTree, &SearchTree::OnCanParent, io_session, io_body);
+    case to_server::WishListSearch::code:
+        return Act(m_searchTree, &SearchTree::OnWishListSearch, io_session, io_body);
     case to_server::UploadSpeed::code:
         return Act(m_directory, &Directory::OnUploadSpeed, io_session, io_body);
+    case to_server::DNetLevel::code:
+        return Act(m_searchTree, &SearchTree::OnLevel, io_session, io_body);
+    case to_server::DNetGroupLeader::code:
+        return Act(m_searchTree, &SearchTree::OnGroupLeader, io_session, io_body);
+    case to_server::ChildDepth::code:
+        return Act(m_searchTree, &SearchTree::OnChildDepth, io_session, io_body);
     case to_server::CantConnectToPeer::code:
         return Act(m_relay, &Relay::OnCantConnectToPeer, io_session, io_body);
     default:

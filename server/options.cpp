@@ -51,6 +51,56 @@ const QCommandLineOption& Privileged() {
     return l_option;
 }
 
+const QCommandLineOption& ParentMinSpeed() {
+    static const QCommandLineOption l_option(
+        QStringLiteral("parent-min-speed"),
+        QStringLiteral("KiB/s of upload below which a client takes no children in the tree of searches (1)."),
+        QStringLiteral("number"), QStringLiteral("1"));
+    return l_option;
+}
+
+const QCommandLineOption& ParentRatio() {
+    static const QCommandLineOption l_option(
+        QStringLiteral("parent-ratio"),
+        QStringLiteral("Tenths of a KiB/s of upload that a client needs for each child (50)."),
+        QStringLiteral("number"), QStringLiteral("50"));
+    return l_option;
+}
+
+const QCommandLineOption& WishInterval() {
+    static const QCommandLineOption l_option(QStringLiteral("wish-interval"),
+                                             QStringLiteral("Seconds between two saved searches of a client (720)."),
+                                             QStringLiteral("seconds"), QStringLiteral("720"));
+    return l_option;
+}
+
+// Empty when the number lies in the range and was taken, else the sentence for the operator.
+template <class Number>
+QString TakeNumber(const QCommandLineParser& i_parser, const QCommandLineOption& i_option, int i_lowest, int i_highest,
+                   Number& o_number) {
+    bool l_isNumber = false;
+    const int l_number = i_parser.value(i_option).toInt(&l_isNumber);
+    if (!l_isNumber || l_number < i_lowest || l_number > i_highest) {
+        return QStringLiteral("The value of --%1 has to be a number from %2 to %3.")
+            .arg(i_option.names().first())
+            .arg(i_lowest)
+            .arg(i_highest);
+    }
+    o_number = static_cast<Number>(l_number);
+    return {};
+}
+
+QString TakeTreeTerms(const QCommandLineParser& i_parser, TreeTerms& o_terms) {
+    for (const QString& l_fault : {TakeNumber(i_parser, ParentMinSpeed(), 0, 1'000'000, o_terms.parentMinSpeed),
+                                   TakeNumber(i_parser, ParentRatio(), 1, 1'000'000, o_terms.parentRatio),
+                                   TakeNumber(i_parser, WishInterval(), 1, 7 * 24 * 3600, o_terms.wishInterval)}) {
+        if (!l_fault.isEmpty()) {
+            return l_fault;
+        }
+    }
+    return {};
+}
+
 // Empty when all is well, else the sentence for the operator.
 QString Take(const QCommandLineParser& i_parser, Options& o_options) {
     bool l_isNumber = false;
@@ -72,6 +122,9 @@ QString Take(const QCommandLineParser& i_parser, Options& o_options) {
     if (!i_parser.positionalArguments().isEmpty()) {
         return QStringLiteral("The argument \"%1\" means nothing here.").arg(i_parser.positionalArguments().first());
     }
+    if (const QString l_fault = TakeTreeTerms(i_parser, o_options.tree); !l_fault.isEmpty()) {
+        return l_fault;
+    }
     o_options.isRegistrationOpen = l_registration == QStringLiteral("open");
     o_options.dataFile = i_parser.value(DataFile());
     o_options.greeting = ToUtf8(i_parser.value(Greeting()));
@@ -85,11 +138,12 @@ QString Take(const QCommandLineParser& i_parser, Options& o_options) {
 
 ParseResult ParseOptions(const QStringList& i_arguments, Options& o_options, QString& o_text) {
     QCommandLineParser l_parser;
-    l_parser.setApplicationDescription(
-        QStringLiteral("Central server of Tidewell: logins, rooms, private chat, and the meeting of clients."));
+    l_parser.setApplicationDescription(QStringLiteral(
+        "Central server of Tidewell: logins, rooms, private chat, searches, and the meeting of clients."));
     const QCommandLineOption l_help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Shows this help."));
     l_parser.addOption(l_help);
-    l_parser.addOptions({Listen(), Port(), DataFile(), Registration(), Greeting(), Privileged()});
+    l_parser.addOptions({Listen(), Port(), DataFile(), Registration(), Greeting(), Privileged(), ParentMinSpeed(),
+                         ParentRatio(), WishInterval()});
     if (!l_parser.parse(i_arguments)) {
         o_text = l_parser.errorText();
         return ParseResult::Wrong;

@@ -1,6 +1,8 @@
 // The command line of tidewell-server.
 #pragma once
 
+#include "server/search_tree.h"
+
 #include <QHostAddress>
 #include <QString>
 #include <QStringList>
@@ -15,6 +17,7 @@ struct Options {
     bool isRegistrationOpen = true;
     std::string greeting;
     std::set<std::string> privileged;
+    TreeTerms tree;
 };
 
 enum class ParseResult {

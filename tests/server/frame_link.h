@@ -7,6 +7,7 @@
 
 #include <QTcpSocket>
 
+#include <algorithm>
 #include <list>
 #include <memory>
 #include <optional>
@@ -48,6 +49,12 @@ public:
         while (Take<Message>([](const Message&) { return true; }))
             ++l_count;
         return l_count;
+    }
+
+    // How many messages of the code have arrived.
+    template <class Message>
+    int Count() const {
+        return static_cast<int>(std::ranges::count(m_received, Message::code, &Received::code));
     }
 
     bool AwaitClose(); // the other side has ended the connection

@@ -70,6 +70,12 @@ TEST(ServerProgram, RefusesToStartWithASentence) {
         At(l_good, l_option("--listen", QStringLiteral("somewhere"))),
         At(l_good, l_option("--registration", QStringLiteral("maybe"))),
         At(l_good, l_option("--motd", QString(5000, QLatin1Char('m')))),
+        At(l_good, l_option("--parent-min-speed", QStringLiteral("-1"))),
+        At(l_good, l_option("--parent-min-speed", QStringLiteral("2147483648"))),
+        At(l_good, l_option("--parent-ratio", QStringLiteral("0"))),
+        At(l_good, l_option("--parent-ratio", QStringLiteral("many"))),
+        At(l_good, l_option("--wish-interval", QStringLiteral("0"))),
+        At(l_good, l_option("--wish-interval", QStringLiteral("604801"))),
         At(l_good, {QStringLiteral("--nonsense")}),
         At(l_good, {QStringLiteral("nonsense")}),
     };
@@ -83,7 +89,8 @@ TEST(ServerProgram, RefusesToStartWithASentence) {
 
     const ProgramResult l_help = RunServer({QStringLiteral("--help")});
     EXPECT_EQ(l_help.exitStatus, 0);
-    for (const char* l_name : {"--listen", "--port", "--data", "--registration", "--motd", "--privileged"}) {
+    for (const char* l_name : {"--listen", "--port", "--data", "--registration", "--motd", "--privileged",
+                               "--parent-min-speed", "--parent-ratio", "--wish-interval"}) {
         EXPECT_TRUE(l_help.output.contains(l_name)) << l_name;
     }
 }

@@ -70,6 +70,8 @@ TEST(ServerRooms, ALostConnectionLeavesAllRooms) {
         EXPECT_TRUE(l_anna.Await<from_server::UserLeftRoom>([&](const auto& i_news) { return i_news.room == l_room; }));
     }
     EXPECT_EQ(l_anna.TakeAll<from_server::RoomChat>(), 1);
+    l_anna.Settle();
+    l_anna.TakeAll<from_server::RoomList>(); // of the login
     l_anna.Send(to_server::GetRoomList{});
     const auto l_list = l_anna.Await<from_server::RoomList>();
     ASSERT_TRUE(l_list);

@@ -37,7 +37,7 @@ private:
     bool m_isBlank = true;
     std::set<QString> m_alertIcons; // of the alerts since the window was last active
     int m_alertIndex = 0;           // among them, of the next to show; their number: the normal icon
-    QTimer m_alertTimer;
+    QTimer m_alertTimer{this};
 };
 
 extern EventToolBar* eventToolBar;

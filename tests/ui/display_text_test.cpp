@@ -58,3 +58,8 @@ TEST(DisplayText, PlacesHaveTheirLimitsWhateverTheBytes) {
     EXPECT_EQ(LabelText(std::string(64, 'x')).size(), 64);
     EXPECT_EQ(ToUtf8(TitleText("Rock & Roll")), "Rock && Roll");
 }
+
+TEST(DisplayText, ToolTipsAreNeverMarkup) {
+    EXPECT_EQ(ToUtf8(ToolTipText("Rock & Roll < 3")), "Rock & Roll < 3");
+    EXPECT_EQ(ToUtf8(ToolTipText("<b>x</b>&")), "<qt>&lt;b&gt;x&lt;/b&gt;&amp;</qt>");
+}

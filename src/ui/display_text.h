@@ -8,8 +8,9 @@
 
 #include <string_view>
 
-// Control characters, line and paragraph separators and direction marks become "[U+202E]" and the like; the result is
-// at most i_limit characters, the last being "…" if something was cut. Costs i_limit steps, however long the text is.
+// Control characters, line and paragraph separators, direction marks, what is invisible and marks piled up beyond need
+// become "[U+202E]" and the like; the result is at most i_limit characters, the last being "…" if something was cut.
+// Costs i_limit steps, however long the text is.
 QString DisplayText(const QString& i_text, int i_limit);
 
 // The usual places, with their limits from net/limits.h.
@@ -18,5 +19,6 @@ QString CellText(std::string_view i_text);
 QString ChatLineText(std::string_view i_text);
 // Titles of tabs, menus and tool bar buttons: LabelText with "&" doubled, so that it shows and marks no shortcut.
 QString TitleText(std::string_view i_text);
-// Tool tips: CellText, escaped where Qt would take it for markup. Markup in a tip may name a file, which Qt reads.
+// Tool tips: CellText in lines of bearable length, escaped where Qt would take it for markup. Markup in a tip may name
+// a file, which Qt reads.
 QString ToolTipText(std::string_view i_text);

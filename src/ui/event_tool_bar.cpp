@@ -17,6 +17,8 @@ EventToolBar* eventToolBar = nullptr;
 
 namespace {
 
+// Longer names are cut on the button, or one of them would take the room of all others.
+constexpr int c_widestName = 200; // pixels
 constexpr std::chrono::milliseconds c_blinkStep(2000);
 
 } // namespace
@@ -59,7 +61,10 @@ void EventToolBar::AddEventButton(const QString& i_text, const QString& i_icon, 
     }
     const std::string l_text = ToUtf8(i_text);
     QAction* const lp_action = AddButton(i_icon, TitleText(l_text));
+    lp_action->setIconText(
+        fontMetrics().elidedText(LabelText(l_text), Qt::ElideRight, c_widestName).replace(u'&', QLatin1String("&&")));
     lp_action->setToolTip(ToolTipText(l_text));
+    widgetForAction(lp_action)->setAccessibleName(LabelText(l_text));
     connect(lp_action, &QAction::triggered, this, &EventToolBar::OnActionTriggered);
     d.GetType("event_toolbar_widget")
         ->GetItem(ip_widget)

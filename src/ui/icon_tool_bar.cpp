@@ -18,8 +18,9 @@ IconToolBar::IconToolBar(const QString& i_title, QWidget* ip_parent) : QToolBar(
     // No menu to hide the bars with: nothing would tell how to get them back.
     setContextMenuPolicy(Qt::PreventContextMenu);
     toggleViewAction()->setVisible(false);
-    // Qt's own button for what the width of the window leaves no room for.
+    // Qt's own button for what the width of the window leaves no room for. Its arrows would be black on every palette.
     if (QToolButton* const lp_more = findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"))) {
+        lp_more->setIcon(QIcon(QStringLiteral(":/icons/more_icon")));
         lp_more->setAccessibleName(tr("More actions"));
         lp_more->setFocusPolicy(Qt::TabFocus);
     }

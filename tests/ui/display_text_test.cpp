@@ -3,6 +3,8 @@
 #include "app/text.h"
 #include "net/limits.h"
 
+#include <QStringList>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -26,6 +28,9 @@ TEST(DisplayText, MakesControlAndDirectionMarksVisible) {
     EXPECT_EQ(Shown("\u0085\u061C\u200B\u200E\u200F\u2028\u2066\u2069\uFEFF"),
               "[U+0085][U+061C][U+200B][U+200E][U+200F][U+2028][U+2066]…");
     EXPECT_EQ(Shown("\u2029\u2060"), "[U+2029][U+2060]");
+    EXPECT_EQ(Shown("a\u00ADd\u3164\u2064\U000E0041"), "a[U+00AD]d[U+3164][U+2064][U+E0041]");
+    const std::string l_pile = "x\u0301\u0302\u0303\u0304\u0305\u0306"; // all that a character may carry
+    EXPECT_EQ(Shown(l_pile + "\u0307y" + l_pile), l_pile + "[U+0307]y" + l_pile);
 }
 
 TEST(DisplayText, CutsAtTheLimitAndNeverInsideACharacter) {
@@ -62,4 +67,9 @@ TEST(DisplayText, PlacesHaveTheirLimitsWhateverTheBytes) {
 TEST(DisplayText, ToolTipsAreNeverMarkup) {
     EXPECT_EQ(ToUtf8(ToolTipText("Rock & Roll < 3")), "Rock & Roll < 3");
     EXPECT_EQ(ToUtf8(ToolTipText("<b>x</b>&")), "<qt>&lt;b&gt;x&lt;/b&gt;&amp;</qt>");
+    const QString l_long = ToolTipText(std::string(100'000, 'x'));
+    EXPECT_LE(l_long.size(), 2 * limits::cellText);
+    for (const QString& l_line : l_long.split(QLatin1Char('\n'))) {
+        EXPECT_LE(l_line.size(), 80);
+    }
 }

@@ -2,13 +2,16 @@
 
 #include "app/text.h"
 #include "store_test.h"
+#include "window_test.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QImage>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QTabWidget>
 #include <QTest>
+#include <QTimer>
 
 namespace {
 
@@ -61,6 +64,15 @@ protected:
     QLineEdit* m_other = nullptr;
 };
 
+bool IsApplicationIcon(const char* i_name) {
+    const auto l_picture = [](const QIcon& i_icon) { return i_icon.pixmap(QSize(32, 32), 1.0).toImage(); };
+    return l_picture(QApplication::windowIcon()) == l_picture(QIcon(QLatin1String(i_name)));
+}
+
+bool Becomes(const char* i_icon) {
+    return QTest::qWaitFor([i_icon] { return IsApplicationIcon(i_icon); });
+}
+
 } // namespace
 
 TEST_F(EventToolBarTest, HasOneButtonForEachWaitingWidget) {
@@ -95,4 +107,43 @@ TEST_F(EventToolBarTest, ForeignTextIsShownAndNothingElse) {
     EXPECT_THAT(Labels(), ElementsAre("<img src='file:a'> && [U+202E]evil"));
     EXPECT_EQ(ToUtf8(eventToolBar->actions().constFirst()->toolTip()),
               "<qt>&lt;img src='file:a'&gt; &amp; [U+202E]evil</qt>");
+    Add(std::string(10'000, 'W').c_str(), m_other);
+    EXPECT_LT(eventToolBar->widgetForAction(eventToolBar->actions().constLast())->sizeHint().width(), 250);
+}
+
+class BlinkingIcon : public WindowTest {};
+
+TEST_F(BlinkingIcon, GoesThroughTheAlertsUntilTheUserIsBack) {
+    Open();
+    if (!eventToolBar) {
+        new EventToolBar(m_window.get());
+    }
+    m_window->show();
+    QTimer* const lp_timer = eventToolBar->findChild<QTimer*>();
+    QWidget* const lp_visible = Find<QTabWidget>("tabControl");
+    m_window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
+    eventToolBar->AddEvent(QStringLiteral("seen"), QStringLiteral(":/icons/chat_icon"), lp_visible);
+    EXPECT_FALSE(lp_timer->isActive());
+
+    QLineEdit l_elsewhere;
+    l_elsewhere.show();
+    l_elsewhere.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&l_elsewhere));
+    eventToolBar->AddEvent(QStringLiteral("list"), QStringLiteral(":/icons/browse_icon"), lp_visible);
+    eventToolBar->AddEvent(QStringLiteral("talk"), QStringLiteral(":/icons/chat_icon"), lp_visible);
+    EXPECT_EQ(eventToolBar->actions().size(), 1) << "no button for what is on the screen, but the blank";
+    ASSERT_TRUE(lp_timer->isActive());
+    EXPECT_EQ(lp_timer->interval(), 2000);
+    lp_timer->setInterval(20);
+    for (int l_round = 0; l_round < 2; ++l_round) {
+        EXPECT_TRUE(Becomes(":/icons/browse_icon"));
+        EXPECT_TRUE(Becomes(":/icons/chat_icon"));
+        EXPECT_TRUE(Becomes(":/icons/offline_icon"));
+    }
+    EXPECT_TRUE(Becomes(":/icons/chat_icon"));
+    m_window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get()));
+    EXPECT_FALSE(lp_timer->isActive());
+    EXPECT_TRUE(IsApplicationIcon(":/icons/offline_icon"));
 }

@@ -19,6 +19,12 @@ std::string_view WithoutOneTrailingSeparator(std::string_view i_path) {
     return i_path;
 }
 
+const QRegularExpression& LinkPattern() {
+    static const QRegularExpression l_pattern(
+        QStringLiteral(R"((\bhttps?://[-a-zA-Z0-9+&@#/%?=~_|!:,.;]*[a-zA-Z0-9+&@#/%=~_|]))"));
+    return l_pattern;
+}
+
 } // namespace
 
 QString ToQString(std::string_view i_text) {
@@ -114,6 +120,16 @@ std::string FormatSeconds(long i_seconds) {
     return l_result;
 }
 
+std::vector<std::pair<qsizetype, qsizetype>> FindLinks(const QString& i_text) {
+    std::vector<std::pair<qsizetype, qsizetype>> l_links;
+    QRegularExpressionMatchIterator l_matches = LinkPattern().globalMatch(i_text);
+    while (l_matches.hasNext()) {
+        const QRegularExpressionMatch l_match = l_matches.next();
+        l_links.emplace_back(l_match.capturedStart(), l_match.capturedLength());
+    }
+    return l_links;
+}
+
 QString EscapeHTML(QString i_text) {
     i_text.replace(QLatin1Char('&'), QLatin1String("&amp;"));
     i_text.replace(QLatin1Char('<'), QLatin1String("&lt;"));
@@ -122,7 +138,5 @@ QString EscapeHTML(QString i_text) {
 }
 
 QString ConvertLinks(QString i_html) {
-    static const QRegularExpression l_link(
-        QStringLiteral(R"((\bhttps?://[-a-zA-Z0-9+&@#/%?=~_|!:,.;]*[a-zA-Z0-9+&@#/%=~_|]))"));
-    return i_html.replace(l_link, QStringLiteral(R"(<a href="\1">\1</a>)"));
+    return i_html.replace(LinkPattern(), QStringLiteral(R"(<a href="\1">\1</a>)"));
 }

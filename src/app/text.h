@@ -6,6 +6,8 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 // Bytes that are not UTF-8 become U+FFFD, so a round trip is exact only for valid UTF-8.
 QString ToQString(std::string_view i_text);
@@ -33,6 +35,8 @@ QString CommafyNumber(long long i_number);
 // "1h1m1s"; days and hours only where they say something.
 std::string FormatSeconds(long i_seconds);
 
+// Where the http and https addresses of a text lie: begin and length of each, in order.
+std::vector<std::pair<qsizetype, qsizetype>> FindLinks(const QString& i_text);
 QString EscapeHTML(QString i_text);
 // Makes http and https addresses clickable. The text must have gone through EscapeHTML before.
 QString ConvertLinks(QString i_html);

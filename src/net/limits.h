@@ -102,6 +102,11 @@ inline constexpr int labelText = 64;
 inline constexpr int cellText = 512;
 inline constexpr int chatLineText = 4096;
 
+// Chat tabs that private messages open by themselves: anyone can write under many names, and each tab takes room in the
+// bar and memory. Beyond it messages wait behind one alert, the oldest going first.
+inline constexpr std::size_t chatTabs = 50;
+inline constexpr std::size_t waitingChatMessages = 1000;
+
 // --- Files --------------------------------------------------------------------------------------------------------
 
 // Bytes of one component of a path made from foreign text: what the usual Linux file systems take.

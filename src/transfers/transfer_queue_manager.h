@@ -10,6 +10,7 @@
 #include "sharing/upload_slots.h"
 #include "store/data.h"
 #include "store/data_saver.h"
+#include "transfers/group_priorities.h"
 
 #include <QMutex>
 #include <QObject>
@@ -145,6 +146,8 @@ private:
     // in order and started when the event loop comes round, or earlier when a slot falls free.
     bool m_uploadOrderIsStale = false;
     bool m_uploadsAreScheduled = false;
+
+    GroupPriorities m_groupPriorities;
 
     int m_uploadSpeedLimit = 0; // KiB per second, 0 for none; guarded by m_uploadSpeedMutex
     QMutex m_uploadSpeedMutex;

@@ -50,6 +50,8 @@ void SharedFoldersManager::SetUploadSlots(UploadSlots* ip_slots) {
 
 void SharedFoldersManager::OnDNetSearchRequest(const std::string& i_user, quint32 i_requestToken,
                                                const std::string& i_text) {
+    if (i_user == SettingText("username"))
+        return; // our own search has come to us through the tree: what is here we know
     ProcessSearch(i_user, i_requestToken, i_text);
 }
 

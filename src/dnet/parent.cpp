@@ -102,6 +102,12 @@ bool DNetManager::HandleSearch(QTcpSocket* ip_socket, Sender i_sender, MemStream
     const DNetSearchFields l_fields = DecodeDNetSearch(io_fields);
     if (!l_fields.isRead)
         return false;
+    if (i_sender == Sender::Candidate &&
+        DNetSocketItem("dnet_parent_candidate", ip_socket)["user"].IsConnected("dnet_child")) {
+        // Each of us as the other's parent would send this search to and fro for ever.
+        LogDNet(1, QStringLiteral("A parent candidate is our child as well, closing connection"));
+        return false;
+    }
     if (l_fields.search) {
         Q_EMIT DNetSearchRequest(l_fields.search->user, l_fields.search->token, l_fields.search->text);
         if (i_sender == Sender::Candidate && !HasDNetParent()) {

@@ -195,6 +195,16 @@ TEST_F(ParentTest, WhoIsNeitherParentNorCandidateIsClosed) {
     EXPECT_THAT(m_searches, IsEmpty());
 }
 
+TEST_F(ParentTest, AChildIsNoParent) {
+    const auto l_child = ConnectChild("p10");
+    const auto l_candidate = ConnectCandidate("p10");
+    l_candidate->SendFrame(SearchFrom("asker"));
+    EXPECT_TRUE(WaitFor([&] { return l_candidate->IsClosed(); }));
+    EXPECT_EQ(Entry("dnet_parent_user"), "none");
+    EXPECT_THAT(m_searches, IsEmpty());
+    EXPECT_FALSE(l_child->IsClosed());
+}
+
 TEST_F(ParentTest, FramesThatCameWithTheIntroductionAreRead) {
     // By the indirect leg the peer connects to us, and may go on speaking at once.
     peerMessenger->RequestDNetConnection("p9");

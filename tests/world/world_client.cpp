@@ -6,7 +6,9 @@
 #include "app/settings.h"
 #include "app/text.h"
 #include "app/timers.h"
+#include "dnet/dnet_manager.h"
 #include "net/server.h"
+#include "peer/peer_messenger.h"
 #include "store/data.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/main_window.h"
@@ -50,6 +52,24 @@ QJsonArray DescribeAll(const std::string& i_type) {
     return l_items;
 }
 
+// The answers to all searches of this text: one object a file.
+QJsonArray DescribeAnswers(const std::string& i_text) {
+    QJsonArray l_answers;
+    for (Item* lp_results :
+         d.GetType("search_request_text")->HasItem(i_text).GetItems("search_request").GetItems("search_results")) {
+        for (Item* lp_file : lp_results->GetItems("search_result")) {
+            const auto l_text = [lp_file](const char* ip_type) { return Text(lp_file->HasItem(ip_type).AsView()); };
+            l_answers.append(QJsonObject{{QStringLiteral("user"), Text(lp_results->HasItem("user").AsView())},
+                                         {QStringLiteral("folder"), l_text("search_result_file_folder")},
+                                         {QStringLiteral("name"), l_text("search_result_file_name")},
+                                         {QStringLiteral("size"), l_text("search_result_file_size")},
+                                         {QStringLiteral("bitrate"), l_text("bitrate")},
+                                         {QStringLiteral("mode"), l_text("bitrate_mode")}});
+        }
+    }
+    return l_answers;
+}
+
 class Driver : public QObject {
 public:
     Driver() : m_input(STDIN_FILENO, QSocketNotifier::Read) {
@@ -77,12 +97,24 @@ private:
         connect(gp_server, &Server::PrivateChat, this, [=](const std::string& i_user, const std::string& i_text) {
             l_record({QStringLiteral("private"), ToQString(i_user), ToQString(i_text)});
         });
+        connect(dnetManager, &DNetManager::DNetSearchRequest, this,
+                [=](const std::string& i_user, quint32, const std::string& i_text) {
+                    l_record({QStringLiteral("heard"), ToQString(i_user), ToQString(i_text)});
+                });
     }
 
     void AddCommands() {
         m_commands["events"] = [this](const Arguments&) { return m_events; };
         m_commands["isConnected"] = [](const Arguments&) { return gp_server->IsConnected(); };
         m_commands["items"] = [](const Arguments& i_words) { return DescribeAll(i_words.at(1)); };
+        m_commands["answers"] = [](const Arguments& i_words) { return DescribeAnswers(i_words.at(1)); };
+        AddAction("search", [](const Arguments& i_words) { gp_server->FileSearch(i_words.at(1), false); });
+        AddAction("wish", [](const Arguments& i_words) {
+            d.GetType("wish_list_item")->GetItem(i_words.at(1))->NewItem("wish_list_item_enabled");
+        });
+        AddAction("askList", [](const Arguments& i_words) { peerMessenger->GetUserSharedFiles(i_words.at(1)); });
+        AddAction("unshare",
+                  [](const Arguments& i_words) { d.GetType("user")->GetItem(i_words.at(1))->NewItem("unshared"); });
         AddAction("connect", [](const Arguments&) { gp_server->Connect(); });
         AddAction("disconnect", [](const Arguments&) { gp_server->Disconnect(); });
         AddAction("enter", [](const Arguments& i_words) { gp_server->EnterRoom(i_words.at(1)); });

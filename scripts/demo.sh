@@ -51,7 +51,7 @@ choose_port() {
 
 # The sample files are made once; their content is the same everywhere.
 make_samples() {
-  [ -f "$demo/samples/made" ] && return 0
+  [ -f "$demo/samples/made-2" ] && return 0
   echo "Making the sample files."
   rm -rf "$demo/samples"
   mkdir -p "$demo/samples/Marlo/Tide tables" "$demo/samples/Marlo/Notes" "$demo/samples/Pebble/Pictures"
@@ -73,7 +73,8 @@ make_samples() {
       "<path d=\"M0 260 Q80 200 160 260 T320 260 T480 260 T640 260 V400 H0 Z\" fill=\"hsl($hue,70%,40%)\"/>" \
       >"$demo/samples/Pebble/Pictures/wave at $hue degrees.svg"
   done
-  touch "$demo/samples/made"
+  cp "$demo/samples/Pebble/Pictures/wave at 205 degrees.svg" "$demo/samples/Pebble/Pictures/high tide.svg"
+  touch "$demo/samples/made-2"
 }
 
 # make_home NAME: a fresh home folder with the settings of a client of that name, logging in here and nowhere else.
@@ -113,25 +114,26 @@ start_sharing_client() {
   start "$demo/$1.log" env HOME="$home" QT_QPA_PLATFORM=offscreen "$bin/tidewell"
 }
 
-# The newcomer's list begins with the largest of Marlo's files.
+# The newcomer's wish is the largest of Marlo's files.
 make_newcomer() {
   wanted="$demo/samples/Marlo/Tide tables/readings of a year.csv"
   make_home Newcomer
-  "$bin/tidewell-store" want "$store" Marlo "$wanted" "$(stat -c %s "$wanted")"
 }
 
 run_window() {
+  "$bin/tidewell-store" want "$store" Marlo "$wanted" "$(stat -c %s "$wanted")"
   echo "The window is yours: Newcomer on 127.0.0.1:$server_port. Closing it, or Ctrl+C here, ends everything."
   start "$demo/Newcomer.log" env HOME="$home" "$bin/tidewell"
   wait $! || fail "The client did not end well; what it said lies in $demo/Newcomer.log."
 }
 
 run_stand_in() {
-  echo "There is no display; a stand-in waits for \"${wanted##*/}\" ($(stat -c %s "$wanted") bytes) from Marlo."
+  echo "There is no display; a stand-in searches \"tide\" and downloads \"${wanted##*/}\" from Marlo."
   local pictures=$demo/pictures digest
   rm -rf "$pictures"
   digest=$(sha256sum "$wanted" | cut -d' ' -f1)
-  env HOME="$home" QT_QPA_PLATFORM=offscreen "$bin/tidewell-demo" --pictures "$pictures" --sha256 "$digest" \
+  env HOME="$home" QT_QPA_PLATFORM=offscreen "$bin/tidewell-demo" --search tide --user Marlo --user Pebble \
+    --name "${wanted##*/}" --pictures "$pictures" --sha256 "$digest" \
     --file "$home/Downloads/complete/Tide tables/${wanted##*/}" 2>"$demo/Newcomer.log" </dev/null &
   started+=($!)
   wait $! || fail "The demonstration did not succeed; what the programs said lies in $demo/*.log."

@@ -14,8 +14,16 @@ namespace {
 NewcomerOptions ReadOptions(const QCoreApplication& i_application) {
     QCommandLineParser l_parser;
     l_parser.setApplicationDescription(
-        QStringLiteral("Waits in the client's window until the download queued in its home folder has arrived."));
+        QStringLiteral("Searches in the client's window, queues what it finds, and waits until it has arrived."));
     l_parser.addHelpOption();
+    const QCommandLineOption l_search(QStringLiteral("search"), QStringLiteral("What is searched."),
+                                      QStringLiteral("words"));
+    const QCommandLineOption l_user(
+        QStringLiteral("user"),
+        QStringLiteral("Who must answer; can be given many times. The first of them has the wanted file."),
+        QStringLiteral("name"));
+    const QCommandLineOption l_name(QStringLiteral("name"), QStringLiteral("Name of the wanted file."),
+                                    QStringLiteral("name"));
     const QCommandLineOption l_file(QStringLiteral("file"), QStringLiteral("Where the finished file must lie."),
                                     QStringLiteral("path"));
     const QCommandLineOption l_sha256(QStringLiteral("sha256"), QStringLiteral("Its digest, hexadecimal."),
@@ -24,12 +32,17 @@ NewcomerOptions ReadOptions(const QCoreApplication& i_application) {
                                         QStringLiteral("Folder for pictures of the window."), QStringLiteral("folder"));
     const QCommandLineOption l_seconds(QStringLiteral("seconds"), QStringLiteral("How long to wait in all."),
                                        QStringLiteral("number"), QStringLiteral("120"));
-    l_parser.addOptions({l_file, l_sha256, l_pictures, l_seconds});
+    const QList<QCommandLineOption> l_needed = {l_search, l_user, l_name, l_file, l_sha256, l_pictures};
+    l_parser.addOptions(l_needed);
+    l_parser.addOption(l_seconds);
     l_parser.process(i_application);
-    if (!l_parser.isSet(l_file) || !l_parser.isSet(l_sha256) || !l_parser.isSet(l_pictures)) {
-        l_parser.showHelp(2);
+    for (const QCommandLineOption& l_option : l_needed) {
+        if (!l_parser.isSet(l_option)) {
+            l_parser.showHelp(2);
+        }
     }
-    return {l_parser.value(l_file), l_parser.value(l_sha256), l_parser.value(l_pictures),
+    return {l_parser.value(l_search),         l_parser.values(l_user),  l_parser.value(l_name),
+            l_parser.value(l_file),           l_parser.value(l_sha256), l_parser.value(l_pictures),
             l_parser.value(l_seconds).toInt()};
 }
 

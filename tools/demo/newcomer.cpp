@@ -3,6 +3,7 @@
 #include "app/text.h"
 #include "net/server.h"
 #include "store/data.h"
+#include "transfers/transfer_queue_manager.h"
 #include "ui/main_window.h"
 
 #include <QCoreApplication>
@@ -15,6 +16,18 @@
 #include <cstdio>
 
 namespace {
+
+// Whoever has come only just now may have missed a search.
+constexpr qint64 g_searchAgainAfter = 5000; // ms
+
+// Calls i_use(user, file) for each file of each answer.
+template <class Use>
+void ForEachAnswer(Use i_use) {
+    for (Item* lp_results : g("search_results")) {
+        for (Item* lp_file : lp_results->GetItems("search_result"))
+            i_use(ItemPtr(lp_results->HasItem("user")), ItemPtr(lp_file));
+    }
+}
 
 // The demonstration queues one file.
 ItemPtr TheDownload() {
@@ -36,7 +49,9 @@ Newcomer::Newcomer(MainWindow& i_window, NewcomerOptions i_options)
     : m_window(i_window), m_options(std::move(i_options)) {
     m_steps = {
         {tr("logged in"), [this] { return LookForLogin(); }},
-        {tr("the other user is online"), [this] { return LookForUploader(); }},
+        {tr("the other users are online"), [this] { return LookForUsers(); }},
+        {tr("the search for \"%1\" is answered").arg(m_options.search), [this] { return LookForAnswers(); }},
+        {tr("a download is queued from the answers"), [this] { return QueueDownload(); }},
         {tr("the download has begun"), [this] { return LookForProgress(); }},
         {tr("the download is complete"), [this] { return LookForCompletion(); }},
         {tr("its SHA-256 is the one of the shared file"), [this] { return CheckDigest(); }},
@@ -82,12 +97,44 @@ Newcomer::Outcome Newcomer::LookForLogin() {
     return gp_server->IsConnected() ? Outcome::Done : Outcome::NotYet;
 }
 
-Newcomer::Outcome Newcomer::LookForUploader() {
-    const ItemPtr l_download = TheDownload();
-    if (!l_download) {
-        return Outcome::Failed;
+Newcomer::Outcome Newcomer::LookForUsers() {
+    bool l_isEveryoneOnline = true;
+    for (const QString& l_user : m_options.users) {
+        gp_server->TrackUser(ToUtf8(l_user)); // asks once
+        l_isEveryoneOnline = l_isEveryoneOnline && d.GetType("user")->HasItem(ToUtf8(l_user)).IsConnected("is_online");
     }
-    return l_download["user"].IsConnected("is_online") ? Outcome::Done : Outcome::NotYet;
+    return l_isEveryoneOnline ? Outcome::Done : Outcome::NotYet;
+}
+
+Newcomer::Outcome Newcomer::LookForAnswers() {
+    for (const QString& l_user : m_options.users) {
+        if (d.GetType("user")->HasItem(ToUtf8(l_user)).IsConnected("search_results")) {
+            continue;
+        }
+        if (m_searchedAt < 0 || m_clock.elapsed() - m_searchedAt > g_searchAgainAfter) {
+            gp_server->FileSearch(ToUtf8(m_options.search), false);
+            m_searchedAt = m_clock.elapsed();
+        }
+        return Outcome::NotYet;
+    }
+    ForEachAnswer([](const ItemPtr& i_user, const ItemPtr& i_file) {
+        Print(tr("          %1: %2 (%3 bytes)")
+                  .arg(ToQString(i_user.AsView()), ToQString(i_file["search_result_file_name"].AsView()),
+                       ToQString(i_file["search_result_file_size"].AsView())));
+    });
+    return Outcome::Done;
+}
+
+Newcomer::Outcome Newcomer::QueueDownload() {
+    ForEachAnswer([this](const ItemPtr& i_user, const ItemPtr& i_file) {
+        if (ToQString(i_user.AsView()) == m_options.users.first() &&
+            ToQString(i_file["search_result_file_name"].AsView()) == m_options.name) {
+            transferQueueManager->AddDownload(i_user.AsString(), i_file["search_result_file_name"].AsString(),
+                                              i_file["search_result_file_folder"].AsString(),
+                                              i_file["search_result_file_size"].ToInt64().value_or(0), 0);
+        }
+    });
+    return TheDownload() ? Outcome::Done : Outcome::Failed;
 }
 
 // A small file may be complete before anyone looks.

@@ -1,10 +1,11 @@
-// Plays someone's first minute with the program: the same window, driven by nobody, watched until the download that
-// waits in its list has arrived. For machines without a display.
+// Plays someone's first minute with the program: the same window, driven by nobody. A search goes out, its answers are
+// printed, one of them is queued, and the download is watched until it has arrived. For machines without a display.
 #pragma once
 
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <functional>
@@ -13,6 +14,9 @@
 class MainWindow;
 
 struct NewcomerOptions {
+    QString search;        // what is searched
+    QStringList users;     // who must answer; the first of them has the file
+    QString name;          // of the file to download
     QString file;          // where the finished download must lie
     QString sha256;        // and its digest, in hexadecimal
     QString pictureFolder; // for pictures of the window, made if missing
@@ -41,7 +45,9 @@ private:
     void End(int i_status);
 
     Outcome LookForLogin();
-    Outcome LookForUploader();
+    Outcome LookForUsers();
+    Outcome LookForAnswers();
+    Outcome QueueDownload();
     Outcome LookForProgress();
     Outcome LookForCompletion();
     Outcome CheckDigest();
@@ -52,7 +58,8 @@ private:
     NewcomerOptions m_options;
     std::vector<Step> m_steps;
     std::size_t m_next = 0;
-    int m_pictures = 0; // taken so far, one of each page
+    qint64 m_searchedAt = -1; // on m_clock; -1 before the first search
+    int m_pictures = 0;       // taken so far, one of each page
     QElapsedTimer m_clock;
     QTimer m_lookTimer;
 };

@@ -47,9 +47,10 @@ bool WaitFor(const std::function<bool()>& i_condition) {
 }
 
 void LetThingsSettle() {
+    // Time alone is not enough where other processes take most of it: each turn is one step on a road of a few.
     QElapsedTimer l_time;
     l_time.start();
-    while (l_time.elapsed() < 60)
+    for (int l_turn = 0; l_turn < 50 || l_time.elapsed() < 60; ++l_turn)
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

@@ -3,6 +3,7 @@
 
 #include "peer/search_reply.h"
 #include "search/search_replies.h"
+#include "support/thread_time.h"
 
 namespace {
 
@@ -170,10 +171,9 @@ TEST_F(SearchRepliesTest, TheSameNameOverAndOverTakesNoLongerThanOthers) {
     for (const char* lp_user : {"r5 one", "r5 two", "r5 two"}) {
         SearchReply l_reply = Reply(lp_user, l_token, std::vector<FileInfo>(l_files, MakeFile("same\\name")));
         l_reply.files.push_back(MakeFile(lp_user + std::to_string(m_arrived.size())));
-        QElapsedTimer l_time;
-        l_time.start();
+        const ThreadTime l_work;
         const ItemPtr l_results = m_replies.TakeSearchReply(d.GetType("search_request")->HasItem(l_token), l_reply);
-        EXPECT_LT(l_time.elapsed(), 3000); // were each compared with each: far longer
+        EXPECT_LT(l_work.Milliseconds(), 3000); // were each compared with each: far longer
         ASSERT_TRUE(l_results);
         m_arrived.push_back(l_results);
     }

@@ -61,16 +61,20 @@ Item* Crowd::First() const {
     return lp_first;
 }
 
+Crowd::Block* Crowd::BlockOf(const ItemSlab* ip_slab) const {
+    const Part* lp_part = Find(ip_slab);
+    return lp_part != m_parts.data() + m_parts.size() && lp_part->slab == ip_slab ? lp_part->block : nullptr;
+}
+
+bool Crowd::Holds(Block* ip_block, std::uint16_t i_index) {
+    if (ip_block->IsList())
+        return std::binary_search(ip_block->List(), ip_block->List() + ip_block->count, i_index);
+    return (ip_block->Bits()[i_index / 64] & Bit(i_index)) != 0;
+}
+
 bool Crowd::Contains(const Item* ip_item) const {
-    const ItemSlab* lp_slab = ItemSlab::Of(ip_item);
-    const Part* lp_part = Find(lp_slab);
-    if (lp_part == m_parts.data() + m_parts.size() || lp_part->slab != lp_slab)
-        return false;
-    const auto l_index = static_cast<std::uint16_t>(ItemSlab::IndexOf(ip_item));
-    Block* lp_block = lp_part->block;
-    if (lp_block->capacity == 0)
-        return (lp_block->Bits()[l_index / 64] & Bit(l_index)) != 0;
-    return std::binary_search(lp_block->List(), lp_block->List() + lp_block->count, l_index);
+    Block* lp_block = BlockOf(ItemSlab::Of(ip_item));
+    return lp_block != nullptr && Holds(lp_block, static_cast<std::uint16_t>(ItemSlab::IndexOf(ip_item)));
 }
 
 bool Crowd::Insert(Item* ip_item) {

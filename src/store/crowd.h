@@ -6,7 +6,10 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
+
+#include <absl/functional/function_ref.h>
 
 #include "store/item_slab.h"
 
@@ -26,11 +29,18 @@ public:
     // As in Neighbours.
     template <class Predicate>
     bool AnyOf(Predicate i_predicate) const;
+    // The same for the members that all of several crowds, of one Type, have in common. The smallest is the first.
+    // Slab by slab; touches none of the items, and allocates nothing for up to eight crowds.
+    static bool AnyOfCommon(std::span<const Crowd* const> i_crowds, absl::FunctionRef<bool(Item*)> i_predicate);
+    // Moves those items of an ascending array that are members to its front, in order; answers their end. Touches one
+    // item of each slab.
+    Item** KeepMembers(Item** ip_begin, Item** ip_end) const;
 
 private:
     struct Block {
         std::uint32_t count;    // indices held, at least one
         std::uint32_t capacity; // indices there is room for in a list; 0: these are bits
+        bool IsList() const { return capacity > 0; }
         std::uint16_t* List() { return reinterpret_cast<std::uint16_t*>(this + 1); }
         std::uint64_t* Bits() { return reinterpret_cast<std::uint64_t*>(this + 1); }
     };
@@ -40,6 +50,9 @@ private:
     };
 
     const Part* Find(const ItemSlab* ip_slab) const;
+    Block* BlockOf(const ItemSlab* ip_slab) const; // null if there are no members in the slab
+    static bool Holds(Block* ip_block, std::uint16_t i_index);
+    static bool AnyOfCommon(ItemSlab& io_slab, std::span<Block*> io_blocks, absl::FunctionRef<bool(Item*)> i_predicate);
     static Block* NewList(std::uint32_t i_capacity);
     static Block* NewBits(const ItemSlab& i_slab);
     static bool IsForBits(const ItemSlab& i_slab, std::uint32_t i_count);

@@ -84,14 +84,7 @@ bool Data::AnyOfSubset(std::span<Item* const> i_items, std::string_view i_type,
     }
     if (l_sets.empty())
         return false;
-    // The smallest first: a query such as one for a user and a room would otherwise walk the large side.
-    std::sort(l_sets.begin(), l_sets.end(),
-              [](const Neighbours* ip_left, const Neighbours* ip_right) { return ip_left->Size() < ip_right->Size(); });
-    return l_sets.front()->AnyOf([&](Item* ip_item) {
-        return std::all_of(l_sets.begin() + 1, l_sets.end(),
-                           [ip_item](const Neighbours* ip_set) { return ip_set->Contains(ip_item); }) &&
-               i_predicate(ip_item);
-    });
+    return Neighbours::AnyOfCommon(l_sets, i_predicate);
 }
 
 ItemSet Data::GetItems(ItemPtr i_first, ItemPtr i_second, std::string_view i_type) const {

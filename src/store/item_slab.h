@@ -33,4 +33,15 @@ struct alignas(64) ItemSlab {
         return reinterpret_cast<ItemSlab*>(l_first) - 1;
     }
     static std::uint32_t IndexOf(const Item* ip_item) { return ip_item->m_index; }
+
+    // For items that may be out of the cache: told by their addresses alone.
+    bool Holds(const Item* ip_item) const {
+        const auto l_begin = reinterpret_cast<std::uintptr_t>(this);
+        const auto l_address = reinterpret_cast<std::uintptr_t>(ip_item);
+        return l_address > l_begin && l_address < l_begin + bytes;
+    }
+    std::uint32_t PlaceOf(const Item* ip_item) const {
+        const auto l_offset = reinterpret_cast<std::uintptr_t>(ip_item) - reinterpret_cast<std::uintptr_t>(this + 1);
+        return static_cast<std::uint32_t>(l_offset) / recordSize;
+    }
 };

@@ -1,10 +1,14 @@
 #include "store/neighbours_walk.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <new>
+#include <tuple>
+
+#include <absl/container/inlined_vector.h>
 
 namespace {
 
@@ -128,6 +132,33 @@ bool Neighbours::EraseFromCrowd(Item* ip_item) {
         m_bits = reinterpret_cast<std::uintptr_t>(lp_array) | c_array;
     }
     return true;
+}
+
+bool Neighbours::AnyOfCommon(std::span<const Neighbours*> io_sets, absl::FunctionRef<bool(Item*)> i_predicate) {
+    // Few items are looked up in the other sets one by one; the members of crowds are met slab by slab.
+    std::sort(io_sets.begin(), io_sets.end(), [](const Neighbours* ip_left, const Neighbours* ip_right) {
+        return std::tuple(ip_left->Kind() == c_crowd, ip_left->Size()) <
+               std::tuple(ip_right->Kind() == c_crowd, ip_right->Size());
+    });
+    const Neighbours& l_smallest = *io_sets.front();
+    if (l_smallest.Kind() == c_crowd) {
+        absl::InlinedVector<const Crowd*, 8> l_crowds;
+        for (const Neighbours* lp_set : io_sets)
+            l_crowds.push_back(lp_set->AsCrowd());
+        return Crowd::AnyOfCommon(l_crowds, i_predicate);
+    }
+    std::array<Item*, c_longestArray> l_items;
+    Item** lp_end = l_items.data();
+    l_smallest.ForEach([&lp_end](Item* ip_item) { *lp_end++ = ip_item; });
+    for (const Neighbours* lp_set : io_sets.subspan(1))
+        lp_end = lp_set->KeepMembers(l_items.data(), lp_end);
+    return std::any_of(l_items.data(), lp_end, i_predicate);
+}
+
+Item** Neighbours::KeepMembers(Item** ip_begin, Item** ip_end) const {
+    if (Kind() == c_crowd)
+        return AsCrowd()->KeepMembers(ip_begin, ip_end);
+    return std::remove_if(ip_begin, ip_end, [this](const Item* ip_item) { return !Contains(ip_item); });
 }
 
 void Neighbours::FreeMany() {

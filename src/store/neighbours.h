@@ -6,7 +6,10 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <utility>
+
+#include <absl/functional/function_ref.h>
 
 class Crowd;
 class Item;
@@ -42,6 +45,9 @@ public:
     bool AnyOf(Predicate i_predicate) const;
     template <class Visitor>
     void ForEach(Visitor i_visit) const;
+    // AnyOf for the members that all of several sets, of one Type, have in common. The span, at least one, is left in
+    // another order. Allocates nothing for up to eight sets.
+    static bool AnyOfCommon(std::span<const Neighbours*> io_sets, absl::FunctionRef<bool(Item*)> i_predicate);
 
     // The representation is sound: ascending, no array or crowd of none. Touches none of the items.
     bool IsWellFormed() const;
@@ -72,6 +78,8 @@ private:
     static Array* NewArray(std::uint32_t i_capacity);
     Item* FirstOfMany() const;
     bool ManyContain(const Item* ip_item) const;
+    // See Crowd.
+    Item** KeepMembers(Item** ip_begin, Item** ip_end) const;
     void FreeMany();
     bool InsertInArray(Item* ip_item);
     bool EraseFromArray(Item* ip_item);

@@ -214,25 +214,33 @@ TEST_F(GraphTest, SubsetsOfSetsOfEverySizeAreTheCommonMembersInOrder) {
     Type* const lp_group = m_data.NewType("group", true, false, true);
     Type* const lp_member = m_data.NewType("member", false, true, true);
     lp_group->RelateToType(lp_member, Many, Many, false);
-    // One, a few, and many of 3,000: single neighbours, arrays and trees.
-    const std::vector<int> l_steps = {2, 3, 7, 150, 2999};
-    for (int l_number = 0; l_number < 3000; ++l_number) {
+    // Single neighbours, arrays, and crowds whose slabs hold lists and bits.
+    constexpr int c_members = 20'000;
+    const std::vector<int> l_steps = {2, 3, 7, 40, 97, 150, 2000, c_members - 1};
+    for (int l_number = 0; l_number < c_members; ++l_number) {
         Item* const lp_item = lp_member->NewItem();
         for (const int l_step : l_steps) {
             if (l_number % l_step == 1)
                 lp_item->Connect(lp_group->GetItem(l_step));
         }
     }
+    std::map<int, ItemSet> l_members;
+    for (const int l_step : l_steps)
+        l_members[l_step] = lp_group->GetItem(l_step)->GetItems("member");
     for (const int l_first : l_steps) {
         for (const int l_second : l_steps) {
-            Item* const lp_first = lp_group->GetItem(l_first);
-            Item* const lp_second = lp_group->GetItem(l_second);
-            const ItemSet l_common = lp_first->GetItems("member").Common(lp_second->GetItems("member"));
-            EXPECT_EQ(m_data.GetItemSubset({lp_first, lp_second}, "member"), l_common) << l_first << " " << l_second;
-            Item* const l_both[] = {lp_first, lp_second};
+            const ItemSet l_both{lp_group->GetItem(l_first), lp_group->GetItem(l_second)};
+            const ItemSet l_common = l_members[l_first].Common(l_members[l_second]);
+            EXPECT_EQ(m_data.GetItemSubset(l_both, "member"), l_common) << l_first << " " << l_second;
+            Item* const l_items[] = {lp_group->GetItem(l_first), lp_group->GetItem(l_second)};
             std::size_t l_met = 0;
-            EXPECT_EQ(m_data.AnyOfSubset(l_both, "member", [&](Item*) { return ++l_met == 2; }), l_common.size() >= 2);
+            EXPECT_EQ(m_data.AnyOfSubset(l_items, "member", [&](Item*) { return ++l_met == 2; }), l_common.size() >= 2);
             EXPECT_EQ(l_met, std::min<std::size_t>(l_common.size(), 2));
+            for (const int l_third : {3, 97}) {
+                const ItemSet l_all = l_both + ItemSet{lp_group->GetItem(l_third)};
+                EXPECT_EQ(m_data.GetItemSubset(l_all, "member"), l_common.Common(l_members[l_third]))
+                    << l_first << " " << l_second << " " << l_third;
+            }
         }
     }
 }

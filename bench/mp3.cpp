@@ -8,7 +8,11 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstdio>
+#include <map>
 #include <random>
+#include <string>
+#include <vector>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -17,6 +21,7 @@ namespace {
 
 constexpr int c_files = 32;
 constexpr std::size_t c_fileSize = 4'000'000;
+constexpr double c_wantedTimes = 4;
 
 // Frames of 128 kbit/s at 44.1 kHz, their audio data noise.
 std::string MakeFile(unsigned i_seed) {
@@ -116,11 +121,42 @@ BENCHMARK(BM_MemoryVotesOnlyMarks);
 BENCHMARK(BM_FilesRead);
 BENCHMARK(BM_FilesScanMP3);
 
+// Prints as usual and remembers the speeds.
+class SpeedReporter : public benchmark::ConsoleReporter {
+public:
+    // Bytes a second; 0 if it was not run.
+    double Speed(const std::string& i_name) const {
+        const auto l_place = m_speeds.find(i_name);
+        return l_place == m_speeds.end() ? 0 : l_place->second;
+    }
+    void ReportRuns(const std::vector<Run>& i_runs) override {
+        ConsoleReporter::ReportRuns(i_runs);
+        for (const Run& l_run : i_runs) {
+            if (const auto l_counter = l_run.counters.find("bytes_per_second"); l_counter != l_run.counters.end())
+                m_speeds[l_run.run_name.function_name] = l_counter->second;
+        }
+    }
+
+private:
+    std::map<std::string, double> m_speeds;
+};
+
 } // namespace
 
 // The files are made before anything is timed.
 int main(int i_count, char** ip_arguments) {
     TheFiles();
     benchmark::Initialize(&i_count, ip_arguments);
-    benchmark::RunSpecifiedBenchmarks();
+    SpeedReporter l_reporter;
+    benchmark::RunSpecifiedBenchmarks(&l_reporter);
+    const double l_slow = l_reporter.Speed("BM_MemoryByteByByte");
+    const double l_fast = l_reporter.Speed("BM_MemoryVotes");
+    if (l_slow > 0 && l_fast > 0)
+        std::printf("%.1f GB/s, %.1f times the scan byte by byte (wanted: %.0f)  %s\n", l_fast / 1e9, l_fast / l_slow,
+                    c_wantedTimes, l_fast >= c_wantedTimes * l_slow ? "PASS" : "SHORT");
+    const double l_scan = l_reporter.Speed("BM_FilesScanMP3");
+    const double l_read = l_reporter.Speed("BM_FilesRead");
+    if (l_scan > 0 && l_read > 0)
+        std::printf("files: %.1f GB/s, read only %.1f GB/s\n", l_scan / 1e9, l_read / 1e9);
+    return 0;
 }

@@ -6,6 +6,8 @@
 
 #include <QTreeWidget>
 
+#include <absl/strings/ascii.h>
+
 namespace {
 
 constexpr int c_bytesOfK = 1024;
@@ -30,8 +32,10 @@ QRoomUserListItemWidget::QRoomUserListItemWidget(std::string_view i_name)
 }
 
 void QRoomUserListItemWidget::Show(std::string_view i_country, long long i_files, long long i_speed) {
-    if (m_country != i_country) {
-        m_country = i_country;
+    std::string l_country(i_country);
+    absl::AsciiStrToLower(&l_country);
+    if (m_country != l_country) {
+        m_country = l_country;
         const CountryFlag l_flag = FindCountryFlag(i_country);
         setIcon(Flag, l_flag.icon);
         setToolTip(Flag, l_flag.name);

@@ -4,6 +4,7 @@ tidewell_packages=(
   build-essential ca-certificates ccache clang cmake lld ninja-build pkg-config
   qt6-base-dev qt6-svg-dev libqt6svg6 libqt6sql6-sqlite qt6-qpa-plugins
   zlib1g-dev libsodium-dev libsqlite3-dev libabsl-dev libgtest-dev libgmock-dev libbenchmark-dev
+  libminiupnpc-dev miniupnpd-nftables
   fonts-dejavu-core famfamfam-flag-png)
 
 install_dependencies() {

@@ -112,6 +112,17 @@ inline constexpr std::size_t waitingChatMessages = 1000;
 // Bytes of one component of a path made from foreign text: what the usual Linux file systems take.
 inline constexpr std::size_t pathComponent = 255;
 
+// --- Routers ------------------------------------------------------------------------------------------------------
+
+// A search for routers is answered by whoever hears it. Four kinds of answers are searched for, two seconds each; the
+// time is for those that answer without end.
+inline constexpr int routerSearchAnswers = 64;
+inline constexpr int routerSearchSeconds = 10;
+// What a router says of itself, or to one question; honest ones take a few KiB.
+inline constexpr std::size_t routerAnswer = 1 * mebibyte;
+// For one question, an answer that trickles included. Nobody waits for it.
+inline constexpr unsigned routerQuestionSeconds = 30;
+
 // --- Ports --------------------------------------------------------------------------------------------------------
 
 // A port is a 32-bit number on the wire and text in settings.

@@ -124,6 +124,7 @@ BENCHMARK(BM_FilesScanMP3);
 // Prints as usual and remembers the speeds.
 class SpeedReporter : public benchmark::ConsoleReporter {
 public:
+    SpeedReporter() : ConsoleReporter(OO_None) {}
     // Bytes a second; 0 if it was not run.
     double Speed(const std::string& i_name) const {
         const auto l_place = m_speeds.find(i_name);

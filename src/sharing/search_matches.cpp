@@ -65,13 +65,19 @@ private:
     static constexpr std::size_t c_batch = 16;
 
     // Nearly every file of a large share is out of the cache, and so are its directory and its name: all of a batch are
-    // sent for before the first is looked at.
-    static void SendFor(const Item* ip_item) { __builtin_prefetch(ip_item); }
+    // sent for before the first is looked at. What is looked at of an item may lie in two lines.
+    static void SendFor(const Item* ip_item) {
+        if (ip_item != nullptr) { // only an edited store file has files of no place or name
+            __builtin_prefetch(ip_item);
+            __builtin_prefetch(ip_item + 1);
+        }
+    }
 
     bool LookAtBatch() {
         for (const Item* lp_file : m_batch) {
             SendFor(lp_file->HasItem("shared_file_folder").Get());
-            SendFor(lp_file->HasItem("shared_file_name").Get());
+            if (HasNameTests())
+                SendFor(lp_file->HasItem("shared_file_name").Get());
         }
         for (Item* lp_file : m_batch) {
             if (!IsTooMuch() && IsVisible(lp_file) && IsNameRight(lp_file))

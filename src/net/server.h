@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QAbstractSocket>
+#include <QHostAddress>
 #include <QObject>
 
 #include <string>
@@ -37,8 +38,14 @@ public:
     // Not owned; null, as at first, for none.
     void SetPortMapper(PortMapper* ip_mapper) { mp_portMapper = ip_mapper; }
 
-    // Starts an attempt, unless one is under way or stands, or no user name is set. The address is read from the
-    // settings server_host and server_port each time.
+    // Where the next attempt goes: the settings server_host and server_port, or what stands for them while they are
+    // not set. The port may be any number.
+    [[nodiscard]] std::string Host() const;
+    [[nodiscard]] long long Port() const;
+    // The other end of the connection; null while there is none.
+    [[nodiscard]] QHostAddress PeerAddress() const;
+
+    // Starts an attempt, unless one is under way or stands, or no user name is set.
     void Connect();
     // The user's own wish, so that no reconnection follows. Only when logged in.
     void Disconnect();

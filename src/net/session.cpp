@@ -59,6 +59,18 @@ void Server::DataLoaded() {
     SetDefaultSetting("use_upnp", "yes");
 }
 
+std::string Server::Host() const {
+    return HasSetting("server_host") ? SettingText("server_host") : defaultHost;
+}
+
+long long Server::Port() const {
+    return SettingNumber("server_port").value_or(defaultPort);
+}
+
+QHostAddress Server::PeerAddress() const {
+    return mp_socket ? mp_socket->peerAddress() : QHostAddress();
+}
+
 void Server::Connect() {
     if (m_state != State::Disconnected || !HasSetting("username"))
         return;
@@ -73,8 +85,8 @@ void Server::OpenSocket() {
     LetGoOfSocket();
     m_frames.Renew();
 
-    const std::string l_host = HasSetting("server_host") ? SettingText("server_host") : defaultHost;
-    const long long l_port = SettingNumber("server_port").value_or(defaultPort);
+    const std::string l_host = Host();
+    const long long l_port = Port();
     if (!limits::IsConnectablePort(l_port)) {
         LogServer(QStringLiteral("The server's port %1 is not between 1 and 65535").arg(l_port));
         OnSocketClosed();

@@ -3,11 +3,24 @@
 #include <cerrno>
 #include <limits>
 
+#include "store/image_sink.h"
 #include "store/replaced_file.h"
 #include "store/store_loader.h"
 #include "store/store_writer.h"
 
 DataSaver* dataSaver = nullptr;
+
+namespace {
+
+SaveResult Commit(ReplacedFile& io_file) {
+    SaveResult l_result;
+    l_result.isSaved = io_file.Commit();
+    l_result.error = io_file.Error();
+    l_result.step = io_file.FailedStep();
+    return l_result;
+}
+
+} // namespace
 
 DataLoadedEventHandler::~DataLoadedEventHandler() {
     if (dataSaver != nullptr)
@@ -43,27 +56,38 @@ void DataSaver::RemoveDataLoadedHandler(DataLoadedEventHandler* ip_handler) {
     m_dataLoadedHandlers.erase(ip_handler);
 }
 
+void DataSaver::WriteTo(ImageSink& io_image, Data* ip_data) const {
+    StoreWriter l_writer(*ip_data, io_image);
+    std::map<std::string, Type*> l_types;
+    ip_data->GetTypes(l_types);
+    for (const auto& [l_name, lp_type] : l_types) {
+        if (m_savedTypes.contains(l_name)) {
+            l_writer.AddType(lp_type);
+        } else if (const auto l_rule = m_savedByConnectionTypes.find(l_name);
+                   l_rule != m_savedByConnectionTypes.end()) {
+            l_writer.AddTypeByConnection(lp_type, l_rule->second);
+        }
+    }
+    l_writer.Write();
+}
+
 SaveResult DataSaver::Save(Data* ip_data, const char* ip_path) {
     ReplacedFile l_file(ip_path);
-    if (l_file.Error() == 0) {
-        StoreWriter l_writer(*ip_data, l_file);
-        std::map<std::string, Type*> l_types;
-        ip_data->GetTypes(l_types);
-        for (const auto& [l_name, lp_type] : l_types) {
-            if (m_savedTypes.contains(l_name)) {
-                l_writer.AddType(lp_type);
-            } else if (const auto l_rule = m_savedByConnectionTypes.find(l_name);
-                       l_rule != m_savedByConnectionTypes.end()) {
-                l_writer.AddTypeByConnection(lp_type, l_rule->second);
-            }
-        }
-        l_writer.Write();
-    }
-    SaveResult l_result;
-    l_result.isSaved = l_file.Commit();
-    l_result.error = l_file.Error();
-    l_result.step = l_file.FailedStep();
-    return l_result;
+    if (l_file.Error() == 0)
+        WriteTo(l_file, ip_data);
+    return Commit(l_file);
+}
+
+std::string DataSaver::MakeImage(Data* ip_data) const {
+    MemoryImage l_image;
+    WriteTo(l_image, ip_data);
+    return l_image.TakeBytes();
+}
+
+SaveResult DataSaver::WriteImage(std::string_view i_image, const char* ip_path) {
+    ReplacedFile l_file(ip_path);
+    l_file.Write(i_image);
+    return Commit(l_file);
 }
 
 LoadResult DataSaver::Load(Data* ip_data, const char* ip_path) {

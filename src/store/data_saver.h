@@ -14,6 +14,8 @@
 
 #include "store/data.h"
 
+class ImageSink;
+
 // Told once loading has ended, also when there was nothing to load.
 class DataLoadedEventHandler {
 public:
@@ -64,12 +66,17 @@ public:
     // Replaces the file as a whole or leaves it as it was; its mode is 0600. A link is followed, a file that may
     // not be written is not replaced. Blocks until the bytes are on the disk.
     [[nodiscard]] SaveResult Save(Data* ip_data, const char* ip_path);
+    // The same in two steps, of which the second may run on another thread: the bytes of the file, and writing them.
+    std::string MakeImage(Data* ip_data) const;
+    [[nodiscard]] static SaveResult WriteImage(std::string_view i_image, const char* ip_path);
     // By the ordinary operations, so handlers see everything come; then EmitDataLoaded, in every case. A damaged
     // file is kept aside under another name.
     [[nodiscard]] LoadResult Load(Data* ip_data, const char* ip_path);
     void EmitDataLoaded();
 
 private:
+    void WriteTo(ImageSink& io_image, Data* ip_data) const;
+
     std::set<std::string, std::less<>> m_savedTypes;
     std::map<std::string, std::set<std::string>, std::less<>> m_savedByConnectionTypes;
     std::set<DataLoadedEventHandler*> m_dataLoadedHandlers;

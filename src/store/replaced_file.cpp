@@ -23,14 +23,6 @@ std::string FolderOf(const std::string& i_path) {
     return l_slash == 0 ? "/" : i_path.substr(0, l_slash);
 }
 
-void Encode(std::int32_t i_number, char (&o_bytes)[4]) {
-    auto l_number = static_cast<std::uint32_t>(i_number);
-    for (char& l_byte : o_bytes) {
-        l_byte = static_cast<char>(l_number & 0xFF);
-        l_number >>= 8;
-    }
-}
-
 bool WriteFully(int i_descriptor, const char* ip_bytes, std::size_t i_size) {
     while (i_size > 0) {
         const ssize_t l_written = write(i_descriptor, ip_bytes, i_size);
@@ -130,18 +122,13 @@ void ReplacedFile::Write(std::string_view i_bytes) {
     }
 }
 
-void ReplacedFile::WriteInt(std::int32_t i_number) {
-    char l_bytes[4];
-    Encode(i_number, l_bytes);
-    Write(std::string_view(l_bytes, sizeof l_bytes));
-}
-
 void ReplacedFile::PatchInt(std::uint64_t i_position, std::int32_t i_number) {
-    char l_bytes[4];
-    Encode(i_number, l_bytes);
+    const std::array<char, 4> l_bytes = Encode(i_number);
     Flush();
     if (m_error == 0)
-        Check(pwrite(m_descriptor, l_bytes, sizeof l_bytes, static_cast<off_t>(i_position)) == sizeof l_bytes, "write");
+        Check(pwrite(m_descriptor, l_bytes.data(), l_bytes.size(), static_cast<off_t>(i_position)) ==
+                  static_cast<ssize_t>(l_bytes.size()),
+              "write");
 }
 
 void ReplacedFile::Flush() {

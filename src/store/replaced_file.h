@@ -10,21 +10,20 @@
 #include <string_view>
 #include <vector>
 
-class ReplacedFile {
+#include "store/image_sink.h"
+
+class ReplacedFile : public ImageSink {
 public:
     // Begins to write. A link at the path is followed to the file it names.
     explicit ReplacedFile(const char* ip_path);
     ReplacedFile(const ReplacedFile&) = delete;
     ReplacedFile& operator=(const ReplacedFile&) = delete;
-    ~ReplacedFile(); // without a Commit before it: the old file stays
+    ~ReplacedFile() override; // without a Commit before it: the old file stays
 
     // After a failure all of these do nothing.
-    void Write(std::string_view i_bytes);
-    void WriteInt(std::int32_t i_number); // 32 bits, least significant byte first
-    // Position in the file of the next byte written.
-    std::uint64_t Position() const { return m_written + m_buffered; }
-    // Overwrites a number written before.
-    void PatchInt(std::uint64_t i_position, std::int32_t i_number);
+    void Write(std::string_view i_bytes) override;
+    std::uint64_t Position() const override { return m_written + m_buffered; }
+    void PatchInt(std::uint64_t i_position, std::int32_t i_number) override;
 
     // Puts the file in its place, on the disk. False on any failure since the beginning.
     [[nodiscard]] bool Commit();

@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "store/data.h"
-#include "store/replaced_file.h"
+#include "store/image_sink.h"
 
 class StoreWriter {
 public:
     // Both outlive the writer.
-    StoreWriter(Data& i_data, ReplacedFile& i_file) : m_data(i_data), m_file(i_file) {}
+    StoreWriter(Data& i_data, ImageSink& i_image) : m_data(i_data), m_file(i_image) {}
 
     // What to save, in byte order of the names: all items of the Type, or those connected to one of the Types.
     void AddType(Type* ip_type);
@@ -31,7 +31,7 @@ private:
     std::vector<const Relation*> RelationsToLaterTypes(std::size_t i_index) const;
 
     Data& m_data;
-    ReplacedFile& m_file;
+    ImageSink& m_file;
     std::vector<SavedType> m_types;
     std::uint32_t m_nextNumber = 1;
 };

@@ -47,6 +47,7 @@ void DiagnosticsForm::BuildLayout() {
 
     mp_trackedUsersTree = new QTreeWidget;
     mp_trackedUsersTree->setObjectName(QStringLiteral("trackedUsersTree"));
+    mp_trackedUsersTree->setAccessibleName(tr("Tracked Users"));
     mp_trackedUsersTree->setHeaderLabels({tr("User"), QString()});
     mp_trackedUsersTree->setColumnWidth(0, 300);
     mp_trackedUsersTree->setColumnWidth(1, 100);
@@ -92,7 +93,9 @@ QPlainTextEdit* DiagnosticsForm::AreaView(const QString& i_area) {
     }
     QPlainTextEdit* const lp_view = new QPlainTextEdit(this);
     lp_view->setReadOnly(true);
+    lp_view->setTabChangesFocus(true);
     lp_view->setMaximumBlockCount(limits::logLines);
+    lp_view->setAccessibleName(tr("Log of %1").arg(LabelText(ToUtf8(i_area))));
     mp_logTabWidget->addTab(lp_view, TitleText(ToUtf8(i_area)));
     l_log.Connect(d.GetType("log_widget")->GetItem(lp_view));
     return lp_view;

@@ -3,9 +3,9 @@
 
 #include "app/settings.h"
 #include "app/show_is_over.h"
-#include "app/text.h"
 #include "app/timers.h"
 #include "dnet/dnet_manager.h"
+#include "net/port_forwarder.h"
 #include "net/server.h"
 #include "peer/peer_messenger.h"
 #include "search/search_replies.h"
@@ -16,21 +16,23 @@
 #include "transfers/transfer_queue_manager.h"
 #include "ui/diagnostics_form.h"
 #include "ui/display_text.h"
+#include "ui/event_tool_bar.h"
 #include "ui/main_window_layout.h"
+#include "ui/main_window_size_proxy.h"
 #include "ui/notice_bar.h"
-#include "ui/status_bar.h"
+#include "ui/room_list.h"
+#include "ui/size_manager.h"
+#include "ui/status_watch.h"
+#include "ui/store_keeper.h"
+#include "ui/window_keys.h"
 
 #include <QAction>
 #include <QCheckBox>
-#include <QDir>
 #include <QGuiApplication>
-#include <QHeaderView>
 #include <QLineEdit>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QTreeWidget>
-
-#include <system_error>
 
 MainWindow* mainWindow = nullptr;
 
@@ -38,20 +40,9 @@ namespace {
 
 constexpr int c_roomListWidth = 220;
 
-std::string StorePath() {
-    return ToUtf8(QDir::homePath()) + "/.Tidewell";
-}
-
-QString SaveFailureNotice(const SaveResult& i_result) {
-    return MainWindow::tr(
-               "Your settings and lists could not be saved to %1: %2. What was saved before is still there, and "
-               "saving is tried again every five minutes.")
-        .arg(LabelText(StorePath()), LabelText(std::generic_category().message(i_result.error)));
-}
-
-QString DamageNotice(const LoadResult& i_result) {
+QString DamageNotice(const LoadResult& i_result, const std::string& i_path) {
     if (i_result.state == LoadResult::Unreadable) {
-        return MainWindow::tr("Your saved settings and lists in %1 could not be read.").arg(LabelText(StorePath()));
+        return MainWindow::tr("Your saved settings and lists in %1 could not be read.").arg(LabelText(i_path));
     }
     const QString l_sentence =
         MainWindow::tr("The file with your settings and lists is damaged. What could be read has been "
@@ -68,20 +59,22 @@ QString DamageNotice(const LoadResult& i_result) {
 MainWindow::MainWindow() {
     mainWindow = this;
     BuildLayout();
-    ArrangeLists();
     CreateServer();
     qRegisterMetaType<ItemPtr>("ItemPtr");
     ConnectServer();
+    CreateToolBarSets();
+    FollowTabs();
     CreatePeerMessenger();
     CreateSettings();
     CreateSharing();
     CreateWindowTypes();
-    CreateTransfers();
+    CreateForms();
     WatchLogin();
     LoadStore();
     sharedFoldersManager->Init();
     LogIn();
     ShowSettings();
+    RegisterSizes();
     KeepSaving();
     activateWindow();
 }
@@ -92,35 +85,29 @@ MainWindow::~MainWindow() {
     SaveStore();
     DeleteManagers();
     mp_layout.reset();
+    delete sizeManager;
+    mp_sizeProxy.reset();
     mainWindow = nullptr;
 }
 
 void MainWindow::BuildLayout() {
+    mp_sizeProxy = std::make_unique<SizeProxy>(this);
     mp_layout = std::make_unique<MainWindowLayout>(this);
-    m_disconnectedText = tr("Not connected");
-    mp_layout->statusBar->ShowConnection(m_disconnectedText);
-    SetApplicationIcon(QStringLiteral(":/icons/offline_icon"));
-}
-
-void MainWindow::ArrangeLists() {
-    mp_layout->roomSplitter->setStretchFactor(0, 1);
-    mp_layout->roomSplitter->setStretchFactor(1, 0);
+    mp_roomList = std::make_unique<RoomList>(mp_layout->roomList);
     mp_layout->roomSplitter->setSizes({width() - c_roomListWidth, c_roomListWidth});
-
-    mp_layout->roomList->setHeaderLabels({tr("Room Name"), tr("Users")});
-    mp_layout->roomList->setColumnWidth(0, 150);
-    mp_layout->roomList->setColumnWidth(1, 30);
-    mp_layout->roomList->sortByColumn(0, Qt::AscendingOrder);
-
-    mp_layout->sharedFoldersList->setHeaderLabels({tr("Shared folder"), tr("Accessible to")});
-    mp_layout->sharedFoldersList->setColumnWidth(0, 400);
+    AddWindowKeys(this, mp_layout->tabControl);
+    AddListKeys();
+    SetApplicationIcon(QStringLiteral(":/icons/offline_icon"));
 }
 
 void MainWindow::CreateServer() {
     new TimerManager;
     new DataSaver;
+    mp_storeKeeper = std::make_unique<StoreKeeper>();
     new Server;
     gp_server->CreateData();
+    new PortForwarder;
+    gp_server->SetPortMapper(portForwarder);
 }
 
 void MainWindow::ConnectServer() {
@@ -129,15 +116,18 @@ void MainWindow::ConnectServer() {
     connect(gp_server, &Server::Disconnected, this, &MainWindow::OnDisconnected);
     connect(mp_layout->actionConnect, &QAction::triggered, this, &MainWindow::OnConnectTriggered);
     connect(mp_layout->actionDisconnect, &QAction::triggered, this, &MainWindow::OnDisconnectTriggered);
-    d.AddConnectionEventHandler(d.GetType("room"), d.GetType("user_count"),
-                                MakeHandler(this, &MainWindow::OnRoomUserCountAdded));
+
+    Type* const lp_room = d.GetType("room");
+    d.AddConnectionEventHandler(lp_room, d.GetType("user_count"), MakeHandler(this, &MainWindow::OnRoomUserCountAdded));
+    d.AddConnectionEventHandler(lp_room, d.GetType("in_room"), MakeHandler(this, &MainWindow::OnEnteredRoom));
+    connect(mp_layout->roomList, &QTreeWidget::itemDoubleClicked, this, &MainWindow::OnRoomListItemDoubleClicked);
+    connect(mp_layout->chatTabControl, &QTabWidget::tabCloseRequested, this, &MainWindow::OnChatTabClosed);
 }
 
 void MainWindow::CreatePeerMessenger() {
     new PeerMessenger;
     mp_searchReplies = std::make_unique<SearchReplies>();
     peerMessenger->SetSearchReplyReceiver(mp_searchReplies.get());
-    connect(peerMessenger, &PeerMessenger::ListenFinished, this, &MainWindow::OnListenFinished);
 }
 
 void MainWindow::CreateSettings() {
@@ -156,6 +146,7 @@ void MainWindow::CreateSharing() {
 void MainWindow::CreateWindowTypes() {
     d.NewType("user_chat_widget", true, false, true)->RelateToType(d.GetType("user"), One, One, false);
     d.NewType("room_form", true, false, true)->RelateToType(d.GetType("room"), One, One, false);
+    connect(gp_server, &Server::PrivateChat, this, &MainWindow::OnPrivateChat);
 
     Type* const lp_folder = d.GetType("shared_folder");
     lp_folder->m_itemAdded.AddHandler(MakeHandler(this, &MainWindow::OnSharedFolderAdded));
@@ -164,24 +155,29 @@ void MainWindow::CreateWindowTypes() {
     lp_folder->m_disconnected.AddHandler(MakeHandler(this, &MainWindow::OnSharedFolderChange));
 }
 
-void MainWindow::CreateTransfers() {
+// The forms that need the store, each after the managers that it shows.
+void MainWindow::CreateForms() {
+    new SizeManager(this);
     mp_layout->diagnosticsForm->Init();
     new TransferQueueManager;
-    new WishListSearcher(this);
     sharedFoldersManager->SetUploadSlots(transferQueueManager);
+    new WishListSearcher(this);
+    addToolBarBreak(Qt::TopToolBarArea);
+    addToolBar(Qt::TopToolBarArea, new EventToolBar(this));
+    mp_statusWatch = std::make_unique<StatusWatch>(*mp_layout->statusBar);
 }
 
 void MainWindow::WatchLogin() {
-    PathNode* const lp_username = new PathNode(d.GetType("global")->GetItem("username"));
-    new PathNode(lp_username, "global_value", Connected);
-    d.AddPathEventHandler(lp_username, MakeHandler(this, &MainWindow::OnUsernameChanged));
+    WatchSetting("username", &MainWindow::OnUsernameChanged);
     connect(gp_server, &Server::ConnectionFailed, this, &MainWindow::OnConnectionFailed);
 }
 
 void MainWindow::LoadStore() {
-    const LoadResult l_result = dataSaver->Load(&d, StorePath().c_str());
+    connect(mp_storeKeeper.get(), &StoreKeeper::Recovered, this, &MainWindow::OnSaved);
+    connect(mp_storeKeeper.get(), &StoreKeeper::Failed, this, &MainWindow::OnSaveFailed);
+    const LoadResult l_result = mp_storeKeeper->Load();
     if (l_result.state == LoadResult::Damaged || l_result.state == LoadResult::Unreadable) {
-        mp_layout->noticeBar->ShowNotice(DamageNotice(l_result));
+        mp_layout->noticeBar->ShowNotice(DamageNotice(l_result, mp_storeKeeper->Path()));
     }
 }
 
@@ -189,20 +185,28 @@ void MainWindow::LogIn() {
     if (HasSetting("username")) {
         gp_server->Connect();
     } else {
-        OpenMessage(tr("No Username"), tr("You do not yet have a username set. Please set one from the Options tab and "
-                                          "use the Connect menu option to connect."));
+        LeadToLogin();
     }
 }
 
 void MainWindow::ShowSettings() {
+    connect(sharedFoldersManager, &SharedFoldersManager::SharedFilesRescanned, this,
+            &MainWindow::OnSharedFilesRescanned);
     mp_layout->downloadFolderEdit->setText(CellText(SettingText("download_folder")));
     mp_layout->listeningPortEdit->setText(CellText(SettingText("listening_port")));
+    ShowServer();
     mp_layout->uPnPCheckBox->setChecked(IsSettingYes("use_upnp"));
     connect(mp_layout->uPnPCheckBox, &QCheckBox::toggled, this, &MainWindow::OnUPnPCheckboxToggled);
+    WatchSetting("new_listening_port", &MainWindow::OnNewListeningPortChanged);
+    WatchSetting("server_host", &MainWindow::OnServerChanged);
+    WatchSetting("server_port", &MainWindow::OnServerChanged);
+}
 
-    PathNode* const lp_port = new PathNode(d.GetType("global")->GetItem("new_listening_port"));
-    new PathNode(lp_port, "global_value", Connected);
-    d.AddPathEventHandler(lp_port, MakeHandler(this, &MainWindow::OnNewListeningPortChanged));
+void MainWindow::RegisterSizes() {
+    sizeManager->RegisterResizableWindow(QStringLiteral("main_window"), mp_sizeProxy.get());
+    sizeManager->RegisterSplitter(QStringLiteral("room_list_splitter"), mp_layout->roomSplitter,
+                                  {width() - c_roomListWidth, c_roomListWidth});
+    sizeManager->RegisterTreeWidget(QStringLiteral("room_list"), mp_layout->roomList);
 }
 
 // Every five minutes, and when the desktop session ends: then it may never come to the destructor.
@@ -212,23 +216,29 @@ void MainWindow::KeepSaving() {
     connect(qGuiApp, &QGuiApplication::saveStateRequest, this, &MainWindow::SaveStore, Qt::DirectConnection);
 }
 
+void MainWindow::EveryFiveMinutes() {
+    mp_storeKeeper->SaveInBackground();
+}
+
 void MainWindow::SaveStore() {
-    d.RemoveDisconnectedItems();
-    const SaveResult l_result = dataSaver->Save(&d, StorePath().c_str());
-    if (l_result.isSaved == m_isSaved) {
-        return;
-    }
-    m_isSaved = l_result.isSaved;
-    if (m_isSaved) {
-        mp_layout->noticeBar->hide();
-    } else {
-        mp_layout->noticeBar->ShowNotice(SaveFailureNotice(l_result));
-    }
+    mp_storeKeeper->SaveNow();
+}
+
+void MainWindow::OnSaved() {
+    mp_layout->noticeBar->hide();
+}
+
+void MainWindow::OnSaveFailed(const QString& i_reason) {
+    mp_layout->noticeBar->ShowNotice(
+        tr("Your settings and lists could not be saved to %1: %2. What was saved before is still there, and "
+           "saving is tried again every five minutes.")
+            .arg(LabelText(mp_storeKeeper->Path()), i_reason));
 }
 
 // The reverse of their making, as far as they lean on each other: each is gone before what it calls.
 void MainWindow::DeleteManagers() {
     sharedFoldersManager->SetUploadSlots(nullptr);
+    mp_statusWatch.reset();
     delete transferQueueManager;
     delete sharedFoldersManager;
     delete delayedInvoker;
@@ -236,6 +246,29 @@ void MainWindow::DeleteManagers() {
     delete peerMessenger;
     mp_searchReplies.reset();
     delete gp_server;
+    delete portForwarder;
+    mp_storeKeeper.reset();
     delete dataSaver;
     delete timerManager;
+}
+
+void MainWindow::changeEvent(QEvent* ip_event) {
+    QMainWindow::changeEvent(ip_event);
+    if (ip_event->type() == QEvent::WindowStateChange && mp_sizeProxy) {
+        mp_sizeProxy->OnStateChanged();
+    }
+}
+
+void MainWindow::moveEvent(QMoveEvent* ip_event) {
+    QMainWindow::moveEvent(ip_event);
+    if (mp_sizeProxy) {
+        mp_sizeProxy->OnMoved();
+    }
+}
+
+void MainWindow::resizeEvent(QResizeEvent* ip_event) {
+    QMainWindow::resizeEvent(ip_event);
+    if (mp_sizeProxy) {
+        mp_sizeProxy->OnResized();
+    }
 }

@@ -1,8 +1,10 @@
 #include "ui/main_window_layout.h"
 
+#include "ui/action_set_tool_bar.h"
 #include "ui/diagnostics_form.h"
 #include "ui/main_window.h"
 #include "ui/notice_bar.h"
+#include "ui/room_tab_widget.h"
 #include "ui/status_bar.h"
 
 #include <QAction>
@@ -12,6 +14,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QSplitter>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QTreeWidget>
 #include <QVBoxLayout>
@@ -19,8 +22,8 @@
 namespace {
 
 constexpr QSize c_windowSize(1000, 600);
-constexpr int c_roomListWidth = 220;
-constexpr int c_roomsPage = 1;
+constexpr QSize c_toolBarIconSize(16, 16);
+constexpr QSize c_flagSize(16, 11);
 
 template <typename Widget>
 Widget* Named(Widget* ip_widget, const char* i_name) {
@@ -28,14 +31,28 @@ Widget* Named(Widget* ip_widget, const char* i_name) {
     return ip_widget;
 }
 
+QString Text(const char* i_text) {
+    return MainWindow::tr(i_text);
+}
+
+// A setting that is shown here and changed through the tool bar.
 QLineEdit* MakeReadOnlyEdit(const char* i_name) {
     QLineEdit* const lp_edit = Named(new QLineEdit, i_name);
     lp_edit->setReadOnly(true);
     return lp_edit;
 }
 
-QString Text(const char* i_text) {
-    return MainWindow::tr(i_text);
+// For a screen reader: nothing on the screen says it of a list or of the tabs themselves.
+void CallTabs(QTabWidget* ip_tabs, const QString& i_name) {
+    ip_tabs->setAccessibleName(i_name);
+    ip_tabs->tabBar()->setAccessibleName(i_name);
+}
+
+QWidget* MakePageOf(const char* i_name, QWidget* ip_content) {
+    QWidget* const lp_page = Named(new QWidget, i_name);
+    QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
+    lp_layout->addWidget(ip_content);
+    return lp_page;
 }
 
 } // namespace
@@ -48,17 +65,16 @@ MainWindowLayout::MainWindowLayout(MainWindow* ip_window) {
     ip_window->resize(c_windowSize);
     AddMenu(ip_window);
 
-    tabControl = Named(new QTabWidget, "tabControl");
-    diagnosticsForm = Named(new DiagnosticsForm(ip_window), "diagnosticsForm");
-    tabControl->addTab(Named(new QWidget, "transfersForm"), Text("Transfers"));
-    tabControl->addTab(MakeRoomsPage(), Text("Rooms"));
-    tabControl->addTab(MakeChatPage(), Text("Chat"));
-    tabControl->addTab(Named(new QWidget, "searchForm"), Text("Search"));
-    tabControl->addTab(Named(new QWidget, "userListForm"), Text("Users"));
-    tabControl->addTab(Named(new QWidget, "sharesForm"), Text("Shares"));
-    tabControl->addTab(MakeOptionsPage(), Text("Options"));
-    tabControl->addTab(diagnosticsForm, Text("Diagnostics"));
-    tabControl->setCurrentIndex(c_roomsPage);
+    mainToolBar = Named(new ActionSetToolBar(ip_window), "mainToolBar");
+    mainToolBar->setWindowTitle(Text("Actions"));
+    mainToolBar->setMovable(false);
+    mainToolBar->setIconSize(c_toolBarIconSize);
+    mainToolBar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    mainToolBar->setContextMenuPolicy(Qt::PreventContextMenu);
+    ip_window->addToolBar(Qt::TopToolBarArea, mainToolBar);
+
+    AddPages(ip_window);
+    tabControl->setCurrentWidget(roomsPage);
     ip_window->setCentralWidget(tabControl);
 
     noticeBar = Named(new NoticeBar(ip_window), "noticeBar");
@@ -68,82 +84,109 @@ MainWindowLayout::MainWindowLayout(MainWindow* ip_window) {
 }
 
 void MainWindowLayout::AddMenu(MainWindow* ip_window) {
-    QMenu* const lp_menu = ip_window->menuBar()->addMenu(Text("Connection"));
-    actionConnect = Named(lp_menu->addAction(Text("&Connect")), "action_Connect");
-    actionDisconnect = Named(lp_menu->addAction(Text("&Disconnect")), "action_Disconnect");
+    connectionMenu = ip_window->menuBar()->addMenu(Text("Connection"));
+    actionConnect = Named(connectionMenu->addAction(Text("&Connect")), "action_Connect");
+    actionDisconnect = Named(connectionMenu->addAction(Text("&Disconnect")), "action_Disconnect");
+    actionData = Named(connectionMenu->addAction(Text("&Data")), "action_Data");
     actionDisconnect->setEnabled(false);
 }
 
-QWidget* MainWindowLayout::MakeRoomsPage() {
-    roomsTabControl = Named(new QTabWidget, "roomsTabControl");
+// Each form stands in a file of its own; those that need the store have an Init() for the window's constructor.
+void MainWindowLayout::AddPages(MainWindow* ip_window) {
+    diagnosticsForm = Named(new DiagnosticsForm(ip_window), "diagnosticsForm"); // first: the others may log
+    transfersForm = Named(new QWidget, "transfersForm");
+    MakeRoomsPage();
+    MakeChatPage();
+    searchForm = Named(new QWidget, "searchForm");
+    userListForm = Named(new QWidget, "userListForm");
+    sharesForm = Named(new QWidget, "sharesForm");
+    MakeOptionsPage();
+
+    tabControl = Named(new QTabWidget, "tabControl");
+    CallTabs(tabControl, Text("Pages"));
+    tabControl->addTab(transfersForm, Text("Transfers"));
+    tabControl->addTab(roomsPage, Text("Rooms"));
+    tabControl->addTab(chatPage, Text("Chat"));
+    tabControl->addTab(searchForm, Text("Search"));
+    tabControl->addTab(userListForm, Text("Users"));
+    tabControl->addTab(sharesForm, Text("Shares"));
+    tabControl->addTab(optionsPage, Text("Options"));
+    tabControl->addTab(diagnosticsForm, Text("Diagnostics"));
+}
+
+void MainWindowLayout::MakeRoomsPage() {
+    roomsTabControl = Named(new RoomTabWidget, "roomsTabControl");
+    CallTabs(roomsTabControl, Text("Rooms you are in"));
 
     roomList = Named(new QTreeWidget, "roomList");
-    roomList->setIconSize(QSize(16, 11));
+    roomList->setAccessibleName(Text("Rooms of the server"));
+    roomList->setIconSize(c_flagSize);
     roomList->setRootIsDecorated(false);
     roomList->setItemsExpandable(false);
     roomList->setUniformRowHeights(true);
+    roomList->setAllColumnsShowFocus(true);
     roomList->setSortingEnabled(true);
 
     roomSplitter = Named(new QSplitter(Qt::Horizontal), "roomSplitter");
     roomSplitter->addWidget(roomsTabControl);
     roomSplitter->addWidget(roomList);
-
-    QWidget* const lp_page = new QWidget;
-    QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
-    lp_layout->addWidget(roomSplitter);
-    return lp_page;
+    roomSplitter->setStretchFactor(0, 1);
+    roomSplitter->setStretchFactor(1, 0);
+    roomsPage = MakePageOf("roomsPage", roomSplitter);
 }
 
-QWidget* MainWindowLayout::MakeChatPage() {
+void MainWindowLayout::MakeChatPage() {
     chatTabControl = Named(new QTabWidget, "chatTabControl");
+    CallTabs(chatTabControl, Text("Private chats"));
     chatTabControl->setTabsClosable(true);
-
-    QWidget* const lp_page = new QWidget;
-    QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
-    lp_layout->addWidget(chatTabControl);
-    return lp_page;
+    chatPage = MakePageOf("chatPage", chatTabControl);
 }
 
-QWidget* MainWindowLayout::MakeOptionsPage() {
+void MainWindowLayout::MakeOptionsPage() {
+    MakeLoginPage();
+    MakeFileSharingPage();
     optionsTabControl = Named(new QTabWidget, "optionsTabControl");
+    CallTabs(optionsTabControl, Text("Groups of options"));
     optionsTabControl->setTabShape(QTabWidget::Triangular);
-    optionsTabControl->addTab(MakeLoginPage(), Text("Login"));
-    optionsTabControl->addTab(MakeFileSharingPage(), Text("File Sharing"));
-
-    QWidget* const lp_page = new QWidget;
-    QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
-    lp_layout->addWidget(optionsTabControl);
-    return lp_page;
+    optionsTabControl->addTab(loginPage, Text("Login"));
+    optionsTabControl->addTab(fileSharingPage, Text("File Sharing"));
+    optionsPage = MakePageOf("optionsPage", optionsTabControl);
 }
 
-QWidget* MainWindowLayout::MakeLoginPage() {
+void MainWindowLayout::MakeLoginPage() {
     usernameEdit = MakeReadOnlyEdit("usernameEdit");
+    serverHostEdit = MakeReadOnlyEdit("serverHostEdit");
+    serverPortEdit = MakeReadOnlyEdit("serverPortEdit");
     listeningPortEdit = MakeReadOnlyEdit("listeningPortEdit");
     uPnPCheckBox = Named(new QCheckBox(Text("use UPnP")), "uPnPCheckBox");
 
-    QWidget* const lp_page = Named(new QWidget, "loginPage");
-    QFormLayout* const lp_layout = new QFormLayout(lp_page);
+    loginPage = Named(new QWidget, "loginPage");
+    QFormLayout* const lp_layout = new QFormLayout(loginPage);
     lp_layout->addRow(Text("Username"), usernameEdit);
+    lp_layout->addRow(Text("Server"), serverHostEdit);
+    lp_layout->addRow(Text("Server port"), serverPortEdit);
     lp_layout->addRow(Text("Listening port"), listeningPortEdit);
     lp_layout->addRow(QString(), uPnPCheckBox);
-    return lp_page;
 }
 
-QWidget* MainWindowLayout::MakeFileSharingPage() {
+void MainWindowLayout::MakeFileSharingPage() {
     downloadFolderEdit = MakeReadOnlyEdit("downloadFolderEdit");
     sharedFoldersList = Named(new QTreeWidget, "sharedFoldersList");
+    sharedFoldersList->setHeaderLabels({Text("Shared folder"), Text("Accessible to")});
+    sharedFoldersList->setColumnWidth(0, 400);
     sharedFoldersList->setRootIsDecorated(false);
     sharedFoldersList->setUniformRowHeights(true);
+    sharedFoldersList->setAllColumnsShowFocus(true);
     sharedFoldersList->setSelectionMode(QAbstractItemView::ExtendedSelection);
+    sharedFoldersList->setAccessibleName(Text("Shared Folders"));
     QLabel* const lp_foldersLabel = new QLabel(Text("Shared Folders"));
     lp_foldersLabel->setBuddy(sharedFoldersList);
 
-    QWidget* const lp_page = Named(new QWidget, "fileSharingPage");
-    QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
+    fileSharingPage = Named(new QWidget, "fileSharingPage");
+    QVBoxLayout* const lp_layout = new QVBoxLayout(fileSharingPage);
     QFormLayout* const lp_form = new QFormLayout;
     lp_form->addRow(Text("Download Folder"), downloadFolderEdit);
     lp_layout->addLayout(lp_form);
     lp_layout->addWidget(lp_foldersLabel);
     lp_layout->addWidget(sharedFoldersList);
-    return lp_page;
 }

@@ -4,6 +4,7 @@
 
 #include <QtGlobal>
 
+class ActionSetToolBar;
 class DiagnosticsForm;
 class MainWindow;
 class NoticeBar;
@@ -15,28 +16,45 @@ class QSplitter;
 class QTabWidget;
 class QTreeWidget;
 class QWidget;
+class RoomTabWidget;
 class StatusBar;
 
 struct MainWindowLayout {
     explicit MainWindowLayout(MainWindow* ip_window);
     Q_DISABLE_COPY_MOVE(MainWindowLayout)
 
+    QMenu* connectionMenu = nullptr;
     QAction* actionConnect = nullptr;
     QAction* actionDisconnect = nullptr;
+    QAction* actionData = nullptr;
 
+    ActionSetToolBar* mainToolBar = nullptr;
     QTabWidget* tabControl = nullptr;
+
+    // The pages, in their order.
+    QWidget* transfersForm = nullptr;
+    QWidget* roomsPage = nullptr;
+    QWidget* chatPage = nullptr;
+    QWidget* searchForm = nullptr;
+    QWidget* userListForm = nullptr;
+    QWidget* sharesForm = nullptr;
+    QWidget* optionsPage = nullptr;
     DiagnosticsForm* diagnosticsForm = nullptr;
 
     QSplitter* roomSplitter = nullptr;
-    QTabWidget* roomsTabControl = nullptr;
+    RoomTabWidget* roomsTabControl = nullptr;
     QTreeWidget* roomList = nullptr;
 
     QTabWidget* chatTabControl = nullptr;
 
     QTabWidget* optionsTabControl = nullptr;
+    QWidget* loginPage = nullptr;
     QLineEdit* usernameEdit = nullptr;
+    QLineEdit* serverHostEdit = nullptr;
+    QLineEdit* serverPortEdit = nullptr;
     QLineEdit* listeningPortEdit = nullptr;
     QCheckBox* uPnPCheckBox = nullptr;
+    QWidget* fileSharingPage = nullptr;
     QLineEdit* downloadFolderEdit = nullptr;
     QTreeWidget* sharedFoldersList = nullptr;
 
@@ -45,9 +63,10 @@ struct MainWindowLayout {
 
 private:
     void AddMenu(MainWindow* ip_window);
-    QWidget* MakeRoomsPage();
-    QWidget* MakeChatPage();
-    QWidget* MakeOptionsPage();
-    QWidget* MakeLoginPage();
-    QWidget* MakeFileSharingPage();
+    void AddPages(MainWindow* ip_window);
+    void MakeRoomsPage();
+    void MakeChatPage();
+    void MakeOptionsPage();
+    void MakeLoginPage();
+    void MakeFileSharingPage();
 };

@@ -2,7 +2,9 @@
 
 #include "app/settings.h"
 #include "app/timers.h"
+#include "net/port_forwarder.h"
 #include "net/server.h"
+#include "ui/change_username_password_dialog.h"
 #include "ui/notice_bar.h"
 
 #include <QAction>
@@ -12,6 +14,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QRegularExpression>
 #include <QTabWidget>
 #include <QTcpServer>
 #include <QTest>
@@ -20,14 +23,6 @@
 #include <filesystem>
 
 namespace {
-
-std::vector<std::string> ColumnTexts(QTreeWidget* ip_tree, int i_column) {
-    std::vector<std::string> l_texts;
-    for (int l_row = 0; l_row < ip_tree->topLevelItemCount(); ++l_row) {
-        l_texts.push_back(ip_tree->topLevelItem(l_row)->text(i_column).toStdString());
-    }
-    return l_texts;
-}
 
 void SetUserCount(const char* i_room, int i_count) {
     d.GetType("room")->GetItem(i_room)->Connect(d.GetType("user_count")->GetItem(i_count));
@@ -39,28 +34,12 @@ bool Shows(const QIcon& i_icon, const char* i_resource) {
     return i_icon.pixmap(32).toImage() == l_image;
 }
 
-QMessageBox* OpenBox(MainWindow& i_window) {
-    for (QMessageBox* lp_box : i_window.findChildren<QMessageBox*>()) {
-        if (lp_box->isVisible()) {
-            return lp_box;
-        }
-    }
-    return nullptr;
-}
-
 class MainWindowTest : public WindowTest {
 protected:
     // A server that lets anyone connect and never answers.
     void SeedUser(const std::function<void()>& i_more = [] {}) {
         ASSERT_TRUE(m_server.listen(QHostAddress::LocalHost));
-        Seed([&] {
-            SetSetting("username", "Ada");
-            SetSetting("password", "secret");
-            SetSetting("server_host", "127.0.0.1");
-            SetSetting("server_port", static_cast<int>(m_server.serverPort()));
-            SetSetting("use_upnp", "no");
-            i_more();
-        });
+        WindowTest::SeedUser(m_server.serverPort(), i_more);
     }
     QAction* Action(const char* i_name) { return Find<QAction>(i_name); }
 
@@ -74,7 +53,7 @@ TEST_F(MainWindowTest, FirstStartAsksForAUserNameAndConnectsNowhere) {
     EXPECT_EQ(mainWindow, m_window.get());
     EXPECT_TRUE(timerManager->HalfMinuteTimer()->isActive());
 
-    QMessageBox* const lp_box = OpenBox(*m_window);
+    QMessageBox* const lp_box = OpenDialog<QMessageBox>();
     ASSERT_TRUE(lp_box);
     EXPECT_EQ(lp_box->windowTitle().toStdString(), "No Username");
     EXPECT_EQ(lp_box->text().toStdString(),
@@ -90,7 +69,10 @@ TEST_F(MainWindowTest, FirstStartAsksForAUserNameAndConnectsNowhere) {
     EXPECT_EQ(Text<QLineEdit>("downloadFolderEdit"), HomePath("Tidewell Downloads"));
 
     lp_box->accept();
-    EXPECT_FALSE(OpenBox(*m_window));
+    EXPECT_FALSE(OpenDialog<QMessageBox>());
+    EXPECT_EQ(Find<QTabWidget>("tabControl")->currentIndex(), 6);
+    EXPECT_TRUE(Find<QWidget>("loginPage")->isVisibleTo(m_window.get()));
+    EXPECT_TRUE(OpenDialog<ChangeUsernamePasswordDialog>());
     Action("action_Connect")->trigger();
     EXPECT_FALSE(gp_server->IsConnected());
     EXPECT_EQ(Text<QLabel>("connectionStatus"), "Not connected");
@@ -141,7 +123,7 @@ TEST_F(MainWindowTest, LoadedSettingsAndSharesFillTheOptions) {
         lp_folders->GetItem(HomePath("missing"));
     });
     Open();
-    EXPECT_FALSE(OpenBox(*m_window));
+    EXPECT_FALSE(OpenDialog<QMessageBox>());
     EXPECT_EQ(Text<QLineEdit>("usernameEdit"), "Ada");
     EXPECT_EQ(Text<QLineEdit>("downloadFolderEdit"), "/somewhere/else");
     EXPECT_EQ(Text<QLineEdit>("listeningPortEdit"), "0");
@@ -186,7 +168,11 @@ TEST_F(MainWindowTest, ConnectionShowsInMenuIconAndWords) {
     Q_EMIT gp_server->Disconnected();
     EXPECT_TRUE(Action("action_Connect")->isEnabled());
     EXPECT_FALSE(Action("action_Disconnect")->isEnabled());
-    EXPECT_EQ(Text<QLabel>("connectionStatus"), "Connection lost; trying again every half minute");
+    EXPECT_EQ(Text<QLabel>("connectionStatus"), "Connection lost; next try in 30 s");
+    timerManager->HalfMinuteTimer()->start(12'345);
+    const QRegularExpression l_counting(QStringLiteral("^Connection lost; next try in 1[0-2] s$"));
+    EXPECT_TRUE(WaitFor([&] { return l_counting.match(Find<QLabel>("connectionStatus")->text()).hasMatch(); }));
+    EXPECT_EQ(Find<QLabel>("connectionStatus")->accessibleName().toStdString(), "Connection: Connection lost");
     EXPECT_TRUE(Shows(m_window->windowIcon(), ":/icons/offline_icon"));
 }
 
@@ -194,11 +180,11 @@ TEST_F(MainWindowTest, RefusedLoginOpensABoxAndMayBeTriedAgain) {
     SeedUser();
     Open();
     Q_EMIT gp_server->ConnectionFailed("Too many of you\u202E");
-    EXPECT_FALSE(OpenBox(*m_window)) << "only the wrong password has a box";
+    EXPECT_FALSE(OpenDialog<QMessageBox>()) << "only the wrong password has a box";
     EXPECT_EQ(Text<QLabel>("connectionStatus"), "Login refused: Too many of you[U+202E]");
 
     Q_EMIT gp_server->ConnectionFailed("INVALIDPASS");
-    QMessageBox* const lp_box = OpenBox(*m_window);
+    QMessageBox* const lp_box = OpenDialog<QMessageBox>();
     ASSERT_TRUE(lp_box);
     EXPECT_EQ(lp_box->windowTitle().toStdString(), "Login Failure: Wrong Password");
     EXPECT_EQ(lp_box->text().toStdString(), "Login failed. The password you supplied does not match your username. "
@@ -214,11 +200,13 @@ TEST_F(MainWindowTest, RoomListFollowsTheStore) {
     SetUserCount("Alpha", 9);
     SetUserCount("gamma", 100);
     using testing::ElementsAre;
+    EXPECT_TRUE(WaitFor([&] { return lp_rooms->topLevelItemCount() == 3; }));
     EXPECT_THAT(ColumnTexts(lp_rooms, 0), ElementsAre("Alpha", "beta", "gamma"));
     EXPECT_THAT(ColumnTexts(lp_rooms, 1), ElementsAre("9", "10", "100"));
 
     SetUserCount("beta", 200);
-    EXPECT_THAT(ColumnTexts(lp_rooms, 1), ElementsAre("9", "200", "100"));
+    EXPECT_TRUE(WaitFor([&] { return lp_rooms->topLevelItem(1)->text(1).toInt() == 200; }));
+    EXPECT_THAT(ColumnTexts(lp_rooms, 0), ElementsAre("Alpha", "beta", "gamma"));
     lp_rooms->sortByColumn(1, Qt::DescendingOrder);
     EXPECT_THAT(ColumnTexts(lp_rooms, 0), ElementsAre("beta", "gamma", "Alpha"));
 
@@ -227,7 +215,7 @@ TEST_F(MainWindowTest, RoomListFollowsTheStore) {
     SetUserCount((l_long + "1").c_str(), 1);
     SetUserCount((l_long + "2").c_str(), 2);
     SetUserCount("be\nta", 3);
-    EXPECT_EQ(lp_rooms->topLevelItemCount(), 6);
+    EXPECT_TRUE(WaitFor([&] { return lp_rooms->topLevelItemCount() == 6; }));
     EXPECT_THAT(ColumnTexts(lp_rooms, 0), testing::Contains("be[U+000A]ta"));
 }
 
@@ -272,7 +260,9 @@ TEST_F(MainWindowTest, ClosingSavesWhatTheUserChose) {
               std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
     Open();
     EXPECT_FALSE(Find<QCheckBox>("uPnPCheckBox")->isChecked());
+    portForwarder->SetSearchInterface(QStringLiteral("127.0.0.1"));
     Find<QCheckBox>("uPnPCheckBox")->setChecked(true);
+    EXPECT_FALSE(portForwarder->IsIdle()) << "it looks for a router at once";
     EXPECT_TRUE(IsSettingYes("use_upnp"));
 }
 

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr int c_deadline = 30'000; // milliseconds; machines under load and sanitizers are slow
-
 int FreePort() {
     QTcpServer l_server;
     l_server.listen(QHostAddress::LocalHost);
@@ -29,19 +27,22 @@ bool WaitUntilListening(int i_port) {
             l_socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(i_port));
             return l_socket.waitForConnected(100);
         },
-        c_deadline);
+        c_patience);
 }
 
 class ProgramTest : public WindowTest {
 protected:
+    static void Start(QProcess& o_program) {
+        o_program.setProcessChannelMode(QProcess::ForwardedChannels);
+        o_program.start(QStringLiteral(TIDEWELL_PROGRAM), QStringList());
+        ASSERT_TRUE(o_program.waitForStarted(c_patience));
+    }
     void ExpectQuietEnd(int i_signal, int i_port) {
         QProcess l_program;
-        l_program.setProcessChannelMode(QProcess::ForwardedChannels);
-        l_program.start(QStringLiteral(TIDEWELL_PROGRAM), QStringList());
-        ASSERT_TRUE(l_program.waitForStarted(c_deadline));
+        Start(l_program);
         ASSERT_TRUE(WaitUntilListening(i_port));
         ::kill(static_cast<pid_t>(l_program.processId()), i_signal);
-        ASSERT_TRUE(l_program.waitForFinished(c_deadline));
+        ASSERT_TRUE(l_program.waitForFinished(c_patience));
         EXPECT_EQ(l_program.exitStatus(), QProcess::NormalExit);
         EXPECT_EQ(l_program.exitCode(), 0);
         Inspect([] { EXPECT_TRUE(HasSetting("transfer_order_counter")) << "nothing of this run was saved"; });
@@ -71,5 +72,24 @@ TEST_F(ProgramTest, EndsInOrderOnEachSignal) {
 TEST_F(ProgramTest, EndsInOrderWhileItsFirstQuestionIsOpen) {
     const int l_port = FreePort();
     Seed([&] { SetSetting("listening_port", l_port); });
+    ExpectQuietEnd(SIGTERM, l_port);
+}
+
+TEST_F(ProgramTest, ASecondStartInOneHomeEndsAtOnceAndADeadOneLeavesNoLock) {
+    const int l_port = FreePort();
+    Seed([&] { SetSetting("listening_port", l_port); });
+    QProcess l_first;
+    Start(l_first);
+    ASSERT_TRUE(WaitUntilListening(l_port));
+
+    QProcess l_second;
+    Start(l_second);
+    ASSERT_TRUE(l_second.waitForFinished(c_patience));
+    EXPECT_EQ(l_second.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(l_second.exitCode(), 0);
+    EXPECT_EQ(l_first.state(), QProcess::Running);
+
+    l_first.kill();
+    ASSERT_TRUE(l_first.waitForFinished(c_patience));
     ExpectQuietEnd(SIGTERM, l_port);
 }

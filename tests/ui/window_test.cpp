@@ -10,7 +10,54 @@
 #include "store/data_saver.h"
 #include "transfers/transfer_schema.h"
 
+#include "ui/action_set_tool_bar.h"
+
+#include <QAction>
+#include <QMessageBox>
+#include <QTest>
+#include <QTreeWidget>
+
 #include <memory>
+
+std::vector<std::string> ColumnTexts(const QTreeWidget* ip_tree, int i_column) {
+    std::vector<std::string> l_texts;
+    for (int l_row = 0; l_row < ip_tree->topLevelItemCount(); ++l_row) {
+        l_texts.push_back(ip_tree->topLevelItem(l_row)->text(i_column).toStdString());
+    }
+    return l_texts;
+}
+
+std::vector<std::string> ButtonTexts() {
+    std::vector<std::string> l_texts;
+    for (const QAction* const lp_action : actionBar->actions()) {
+        l_texts.push_back(lp_action->text().toStdString());
+    }
+    return l_texts;
+}
+
+void ClickButton(const char* ip_text) {
+    for (QAction* const lp_action : actionBar->actions()) {
+        if (lp_action->text() == QLatin1String(ip_text)) {
+            QTest::mouseClick(actionBar->widgetForAction(lp_action), Qt::LeftButton);
+            return;
+        }
+    }
+    FAIL() << "no button " << ip_text;
+}
+
+bool WaitFor(const std::function<bool()>& i_condition) {
+    return QTest::qWaitFor(i_condition, c_patience);
+}
+
+std::string CloseBox() {
+    QMessageBox* const lp_box = OpenDialog<QMessageBox>();
+    if (!lp_box) {
+        return {};
+    }
+    const std::string l_title = lp_box->windowTitle().toStdString();
+    lp_box->accept();
+    return l_title;
+}
 
 WindowTest::WindowTest() {
     qputenv("HOME", m_home.path().toUtf8());
@@ -41,8 +88,30 @@ void WindowTest::Inspect(const std::function<void()>& i_look) {
     RenewStore();
 }
 
+void WindowTest::SeedUser(int i_serverPort, const std::function<void()>& i_more) {
+    Seed([&] {
+        SetSetting("username", "Ada");
+        SetSetting("password", "secret");
+        SetSetting("server_host", "127.0.0.1");
+        SetSetting("server_port", i_serverPort);
+        SetSetting("use_upnp", "no");
+        i_more();
+    });
+}
+
 void WindowTest::Open() {
     m_window = std::make_unique<MainWindow>();
+}
+
+void WindowTest::OpenAndShow() {
+    Open();
+    m_window->show();
+    Activate();
+}
+
+void WindowTest::Activate() {
+    m_window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(m_window.get(), c_patience));
 }
 
 void WindowTest::Close() {

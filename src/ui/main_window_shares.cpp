@@ -1,13 +1,20 @@
-// What changes in the store shows in the window.
+// The shared folders: their rows, and what the user does with them.
 #include "ui/main_window.h"
 
+#include "app/settings.h"
+#include "app/text.h"
+#include "sharing/shared_folders_manager.h"
+#include "ui/add_shared_folder_dialog.h"
 #include "ui/display_text.h"
+#include "ui/folder_chooser.h"
 #include "ui/main_window_layout.h"
-#include "ui/room_list_item.h"
+#include "ui/row_name.h"
+#include "ui/shared_files_rescanned_dialog.h"
 
 #include <QLineEdit>
-#include <QStringList>
 #include <QTreeWidget>
+
+#include <vector>
 
 namespace {
 
@@ -32,18 +39,32 @@ bool IsAccessType(const std::string& i_type) {
 
 } // namespace
 
-void MainWindow::OnRoomUserCountAdded(ConnectionInfo& i_info) {
-    QTreeWidgetItem*& lp_row = m_roomRows[i_info.m_itemFrom->AsString()];
-    if (!lp_row) {
-        lp_row = new QRoomListItemWidget(mp_layout->roomList);
-        lp_row->setText(0, CellText(i_info.m_itemFrom->AsView()));
+void MainWindow::ShareFolder() {
+    (new AddSharedFolderDialog(this))->show();
+}
+
+void MainWindow::UnshareSelectedFolders() {
+    std::vector<std::string> l_folders; // the rows go while this works
+    for (const QTreeWidgetItem* lp_row : mp_layout->sharedFoldersList->selectedItems()) {
+        l_folders.push_back(RowName(*lp_row));
     }
-    lp_row->setText(1, CellText(i_info.m_itemTo->AsView()));
+    for (const std::string& l_folder : l_folders) {
+        sharedFoldersManager->UnshareFolder(l_folder);
+    }
+}
+
+void MainWindow::ChooseDownloadFolder() {
+    ChooseFolder(this, tr("Set Download Folder"), ToQString(SettingText("download_folder")),
+                 [this](const QString& i_path) {
+                     SetSetting("download_folder", ToUtf8(i_path));
+                     mp_layout->downloadFolderEdit->setText(CellText(ToUtf8(i_path)));
+                 });
 }
 
 void MainWindow::OnSharedFolderAdded(Item* ip_folder) {
     QTreeWidgetItem* const lp_row = new QTreeWidgetItem(mp_layout->sharedFoldersList);
     lp_row->setText(0, CellText(ip_folder->AsView()));
+    SetRowName(*lp_row, ip_folder->AsView());
     m_folderRows[ip_folder->AsString()] = lp_row;
 }
 
@@ -63,10 +84,9 @@ void MainWindow::OnSharedFolderChange(ConnectionInfo i_info) {
     }
 }
 
-void MainWindow::OnUsernameChanged(Item* ip_setting) {
-    mp_layout->usernameEdit->setText(CellText(ItemPtr(ip_setting)["global_value"].AsView()));
-}
-
-void MainWindow::OnNewListeningPortChanged(Item* ip_setting) {
-    mp_layout->listeningPortEdit->setText(CellText(ItemPtr(ip_setting)["global_value"].AsView()));
+void MainWindow::OnSharedFilesRescanned(int i_added, int i_removed) {
+    SharedFilesRescannedDialog* const lp_dialog = new SharedFilesRescannedDialog(this);
+    lp_dialog->Append(tr("%1 files added.").arg(i_added));
+    lp_dialog->Append(tr("%1 files removed.").arg(i_removed));
+    lp_dialog->show();
 }

@@ -1,17 +1,14 @@
-// What the user does, and the state of the connection in words, menu and icon.
+// The session with the server, as it shows in menu, icon and boxes. The status bar's words are StatusWatch's.
 #include "ui/main_window.h"
 
-#include "app/settings.h"
 #include "net/server.h"
-#include "peer/peer_messenger.h"
-#include "ui/display_text.h"
 #include "ui/main_window_layout.h"
-#include "ui/status_bar.h"
+#include "ui/message_box.h"
+#include "ui/status_watch.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QIcon>
-#include <QMessageBox>
 
 namespace {
 
@@ -26,34 +23,26 @@ void MainWindow::OnConnectTriggered() {
 }
 
 void MainWindow::OnDisconnectTriggered() {
-    m_disconnectedText = tr("Not connected");
+    mp_statusWatch->ExpectDisconnection();
     gp_server->Disconnect();
-}
-
-void MainWindow::OnUPnPCheckboxToggled(bool i_checked) {
-    SetSetting("use_upnp", i_checked ? "yes" : "no");
 }
 
 void MainWindow::OnConnecting() {
     mp_layout->actionConnect->setEnabled(false);
     mp_layout->actionDisconnect->setEnabled(false);
-    m_disconnectedText = tr("The server does not answer; trying again every half minute");
-    mp_layout->statusBar->ShowConnection(tr("Connecting…"));
 }
 
 void MainWindow::OnConnected() {
     mp_layout->actionConnect->setEnabled(false);
     mp_layout->actionDisconnect->setEnabled(true);
     ResetApplicationIcon();
-    m_disconnectedText = tr("Connection lost; trying again every half minute");
-    mp_layout->statusBar->ShowConnection(tr("Connected as %1").arg(LabelText(SettingText("username"))));
+    gp_server->GetRoomList();
 }
 
 void MainWindow::OnDisconnected() {
     mp_layout->actionConnect->setEnabled(true);
     mp_layout->actionDisconnect->setEnabled(false);
     ResetApplicationIcon();
-    mp_layout->statusBar->ShowConnection(m_disconnectedText);
 }
 
 // A refusal ends the attempt without a Disconnected signal, and the user may want to try again with other words.
@@ -61,25 +50,12 @@ void MainWindow::OnConnectionFailed(std::string i_reason) {
     if (i_reason == c_noAnswer) {
         return;
     }
-    const bool l_wrongPassword = i_reason == c_wrongPassword;
-    m_disconnectedText = tr("Login refused: %1").arg(l_wrongPassword ? tr("wrong password") : LabelText(i_reason));
     mp_layout->actionConnect->setEnabled(true);
-    mp_layout->statusBar->ShowConnection(m_disconnectedText);
-    if (l_wrongPassword) {
-        OpenMessage(tr("Login Failure: Wrong Password"),
+    if (i_reason == c_wrongPassword) {
+        OpenMessage(this, tr("Login Failure: Wrong Password"),
                     tr("Login failed. The password you supplied does not match your username. Please change your login "
                        "settings in the Options tab and try reconnecting."));
     }
-}
-
-void MainWindow::OnListenFinished() {
-    const std::string l_error = peerMessenger->ListenError();
-    mp_layout->statusBar->ShowListening(l_error.empty() ? tr("Listening on port %1").arg(peerMessenger->ListeningPort())
-                                                        : CellText(l_error));
-}
-
-void MainWindow::EveryFiveMinutes() {
-    SaveStore();
 }
 
 void MainWindow::SetApplicationIcon(QString i_resource) {
@@ -93,9 +69,9 @@ void MainWindow::ResetApplicationIcon() {
                                                 : QStringLiteral(":/icons/offline_icon"));
 }
 
-void MainWindow::OpenMessage(const QString& i_title, const QString& i_text) {
-    QMessageBox* const lp_box = new QMessageBox(QMessageBox::Information, i_title, i_text, QMessageBox::Ok, this);
-    lp_box->setAttribute(Qt::WA_DeleteOnClose);
-    lp_box->setTextFormat(Qt::PlainText);
-    lp_box->open();
+void MainWindow::RaiseWindow() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
 }

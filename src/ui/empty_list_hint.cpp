@@ -18,7 +18,6 @@ EmptyListHint::EmptyListHint(QAbstractItemView* ip_view, const QString& i_senten
     setForegroundRole(QPalette::PlaceholderText);
     setAttribute(Qt::WA_TransparentForMouseEvents);
     ip_view->viewport()->installEventFilter(this);
-    ip_view->setAccessibleDescription(i_sentence);
     const QAbstractItemModel* const lp_model = ip_view->model();
     connect(lp_model, &QAbstractItemModel::rowsInserted, this, &EmptyListHint::Update);
     connect(lp_model, &QAbstractItemModel::rowsRemoved, this, &EmptyListHint::Update);
@@ -34,6 +33,8 @@ bool EmptyListHint::eventFilter(QObject* ip_watched, QEvent* ip_event) {
 }
 
 void EmptyListHint::Update() {
-    setVisible(mp_view->model()->rowCount() == 0);
+    const bool l_isEmpty = mp_view->model()->rowCount() == 0;
+    setVisible(l_isEmpty);
+    mp_view->setAccessibleDescription(l_isEmpty ? text() : QString());
     setGeometry(mp_view->viewport()->rect().adjusted(c_margin, c_margin, -c_margin, -c_margin));
 }

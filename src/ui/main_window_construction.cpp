@@ -24,6 +24,7 @@
 #include "ui/size_manager.h"
 #include "ui/status_watch.h"
 #include "ui/store_keeper.h"
+#include "ui/user_list_form.h"
 #include "ui/window_keys.h"
 
 #include <QAction>
@@ -71,6 +72,7 @@ MainWindow::MainWindow() {
     CreateForms();
     WatchLogin();
     LoadStore();
+    mp_layout->userListForm->Init();
     sharedFoldersManager->Init();
     LogIn();
     ShowSettings();

@@ -6,6 +6,7 @@
 #include "ui/notice_bar.h"
 #include "ui/room_tab_widget.h"
 #include "ui/status_bar.h"
+#include "ui/user_list_form.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -98,7 +99,7 @@ void MainWindowLayout::AddPages(MainWindow* ip_window) {
     MakeRoomsPage();
     MakeChatPage();
     searchForm = Named(new QWidget, "searchForm");
-    userListForm = Named(new QWidget, "userListForm");
+    userListForm = Named(new UserListForm, "userListForm");
     sharesForm = Named(new QWidget, "sharesForm");
     MakeOptionsPage();
 

@@ -18,6 +18,7 @@ class QTreeWidget;
 class QWidget;
 class RoomTabWidget;
 class StatusBar;
+class UserListForm;
 
 struct MainWindowLayout {
     explicit MainWindowLayout(MainWindow* ip_window);
@@ -36,7 +37,7 @@ struct MainWindowLayout {
     QWidget* roomsPage = nullptr;
     QWidget* chatPage = nullptr;
     QWidget* searchForm = nullptr;
-    QWidget* userListForm = nullptr;
+    UserListForm* userListForm = nullptr;
     QWidget* sharesForm = nullptr;
     QWidget* optionsPage = nullptr;
     DiagnosticsForm* diagnosticsForm = nullptr;

@@ -47,7 +47,7 @@ UserGroupConfigDialog::UserGroupConfigDialog(QWidget* ip_parent) : QDialog(ip_pa
     for (Item* lp_group : g("user_list_group")) {
         OnUserGroupAdded(lp_group);
     }
-    mp_prioritySpinBox->setEnabled(false);
+    OnCurrentGroupItemChanged(nullptr, nullptr);
     connect(mp_groupList, &QListWidget::currentItemChanged, this, &UserGroupConfigDialog::OnCurrentGroupItemChanged);
     connect(mp_prioritySpinBox, &QSpinBox::valueChanged, this, &UserGroupConfigDialog::OnPrioritySpinValueChanged);
 }
@@ -113,12 +113,14 @@ void UserGroupConfigDialog::OnCurrentGroupItemChanged(QListWidgetItem* ip_curren
     mp_prioritySpinBox->setEnabled(ip_current != nullptr);
     if (!ip_current) {
         mp_groupBox->setTitle(QString());
+        mp_groupBox->setAccessibleName(tr("No group is selected"));
         return;
     }
     ip_current->setSelected(true); // also when it became the current one by the focus alone
     const std::string l_name = RowName(*ip_current);
     const ItemPtr l_priority = d.GetType("user_list_group")->HasItem(l_name)["group_download_priority"];
     mp_groupBox->setTitle(BoxTitle(mp_groupBox, l_name));
+    mp_groupBox->setAccessibleName(CellText(l_name));
     const long long l_shown = std::clamp<long long>(l_priority.ToInt64().value_or(0), mp_prioritySpinBox->minimum(),
                                                     mp_prioritySpinBox->maximum());
     mp_prioritySpinBox->setValue(static_cast<int>(l_shown));

@@ -12,6 +12,7 @@
 #include "store/data.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/main_window.h"
+#include "world/window_commands.h"
 
 #include <QApplication>
 #include <QJsonArray>
@@ -22,7 +23,6 @@
 
 #include <cstdio>
 #include <functional>
-#include <map>
 #include <unistd.h>
 
 namespace {
@@ -76,11 +76,10 @@ public:
         connect(&m_input, &QSocketNotifier::activated, this, &Driver::OnInput);
         RecordEvents();
         AddCommands();
+        AddWindowCommands(m_commands);
     }
 
 private:
-    using Arguments = std::vector<std::string>;
-
     void RecordEvents() {
         const auto l_record = [this](const QStringList& i_words) {
             m_events.append(QJsonArray::fromStringList(i_words));
@@ -177,7 +176,7 @@ private:
     QSocketNotifier m_input;
     QByteArray m_pending;
     QJsonArray m_events; // in order, each an array of words
-    std::map<std::string, std::function<QJsonValue(const Arguments&)>> m_commands;
+    Commands m_commands;
 };
 
 } // namespace

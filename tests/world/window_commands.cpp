@@ -1,0 +1,89 @@
+#include "world/window_commands.h"
+
+#include "app/text.h"
+#include "ui/action_set_tool_bar.h"
+#include "ui/main_window.h"
+#include "ui/user_menu_options.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QJsonArray>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenu>
+#include <QSpinBox>
+#include <QTreeWidget>
+
+namespace {
+
+template <class Widget>
+Widget* Find(const std::string& i_name) {
+    const QList<Widget*> l_found = mainWindow->findChildren<Widget*>(ToQString(i_name));
+    if (l_found.isEmpty())
+        qFatal("no widget %s", i_name.c_str());
+    return l_found.last();
+}
+
+QListWidgetItem* Row(const Arguments& i_words) {
+    const QList<QListWidgetItem*> l_rows =
+        Find<QListWidget>(i_words.at(1))->findItems(ToQString(i_words.at(2)), Qt::MatchExactly);
+    if (l_rows.isEmpty())
+        qFatal("no row %s in %s", i_words.at(2).c_str(), i_words.at(1).c_str());
+    return l_rows.first();
+}
+
+QJsonArray Rows(const QTreeWidget* ip_tree) {
+    QJsonArray l_rows;
+    for (int l_row = 0; l_row < ip_tree->topLevelItemCount(); ++l_row) {
+        QJsonArray l_cells;
+        for (int l_column = 0; l_column < ip_tree->columnCount(); ++l_column)
+            l_cells.append(ip_tree->topLevelItem(l_row)->text(l_column));
+        l_rows.append(l_cells);
+    }
+    return l_rows;
+}
+
+bool ChooseFromUserMenu(const std::string& i_user, const QString& i_entry) {
+    QMenu l_menu;
+    const UserMenuOptions l_options(&l_menu, i_user, nullptr);
+    for (QAction* lp_action : l_menu.actions()) {
+        if (lp_action->text() == i_entry) {
+            lp_action->trigger();
+            return true;
+        }
+    }
+    return false;
+}
+
+void TypeInto(QLineEdit* ip_edit, const QString& i_text) {
+    ip_edit->setText(i_text);
+    QKeyEvent l_return(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
+    QApplication::sendEvent(ip_edit, &l_return);
+}
+
+} // namespace
+
+void AddWindowCommands(Commands& io_commands) {
+    const auto l_add = [&io_commands](const char* ip_name, const std::function<void(const Arguments&)>& i_action) {
+        io_commands[ip_name] = [i_action](const Arguments& i_words) {
+            i_action(i_words);
+            return true;
+        };
+    };
+    l_add("action", [](const Arguments& i_words) { Q_EMIT actionBar->ActionTriggered(i_words.at(1)); });
+    io_commands["userMenu"] = [](const Arguments& i_words) {
+        return ChooseFromUserMenu(i_words.at(1), ToQString(i_words.at(2)));
+    };
+    io_commands["rows"] = [](const Arguments& i_words) { return Rows(Find<QTreeWidget>(i_words.at(1))); };
+    io_commands["text"] = [](const Arguments& i_words) { return Find<QLineEdit>(i_words.at(1))->text(); };
+    l_add("type", [](const Arguments& i_words) { TypeInto(Find<QLineEdit>(i_words.at(1)), ToQString(i_words.at(2))); });
+    l_add("check", [](const Arguments& i_words) { Row(i_words)->setCheckState(Qt::Checked); });
+    l_add("choose", [](const Arguments& i_words) { Find<QListWidget>(i_words.at(1))->setCurrentItem(Row(i_words)); });
+    l_add("spin", [](const Arguments& i_words) { Find<QSpinBox>(i_words.at(1))->setValue(std::stoi(i_words.at(2))); });
+    l_add("closeDialogs", [](const Arguments&) {
+        for (QDialog* lp_dialog : mainWindow->findChildren<QDialog*>())
+            delete lp_dialog;
+    });
+}

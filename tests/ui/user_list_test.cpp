@@ -13,7 +13,6 @@
 #include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QMenu>
 #include <QTabBar>
@@ -280,18 +279,4 @@ TEST_F(UserListTest, ColumnsKeepTheirWidths) {
     OpenUsersPage();
     EXPECT_EQ(Users()->columnWidth(0), 231);
     EXPECT_EQ(Users()->columnWidth(1), 100);
-}
-
-TEST_F(UserListTest, HoldsManyUsersWithoutStalling) {
-    OpenUsersPage();
-    Group("all");
-    QElapsedTimer l_time;
-    l_time.start();
-    for (int l_number = 0; l_number < 1000; ++l_number) {
-        User("user " + std::to_string(l_number)).NewItem("in_user_list").Connect(Group("all"));
-        User("user " + std::to_string(l_number)).NewItem("is_online");
-    }
-    RecordProperty("milliseconds", static_cast<int>(l_time.elapsed()));
-    EXPECT_EQ(Users()->topLevelItemCount(), 1000);
-    EXPECT_EQ(Rows(Users()).back(), "user 999|Online|all");
 }

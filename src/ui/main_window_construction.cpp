@@ -21,9 +21,11 @@
 #include "ui/main_window_size_proxy.h"
 #include "ui/notice_bar.h"
 #include "ui/room_list.h"
+#include "ui/shares_form.h"
 #include "ui/size_manager.h"
 #include "ui/status_watch.h"
 #include "ui/store_keeper.h"
+#include "ui/transfers_form.h"
 #include "ui/user_list_form.h"
 #include "ui/window_keys.h"
 
@@ -166,6 +168,8 @@ void MainWindow::CreateForms() {
     new WishListSearcher(this);
     addToolBarBreak(Qt::TopToolBarArea);
     addToolBar(Qt::TopToolBarArea, new EventToolBar(this));
+    mp_layout->transfersForm->Init();
+    mp_layout->sharesForm->Init();
     mp_statusWatch = std::make_unique<StatusWatch>(*mp_layout->statusBar);
 }
 

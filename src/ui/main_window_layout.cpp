@@ -5,7 +5,9 @@
 #include "ui/main_window.h"
 #include "ui/notice_bar.h"
 #include "ui/room_tab_widget.h"
+#include "ui/shares_form.h"
 #include "ui/status_bar.h"
+#include "ui/transfers_form.h"
 #include "ui/user_list_form.h"
 
 #include <QAction>
@@ -95,12 +97,12 @@ void MainWindowLayout::AddMenu(MainWindow* ip_window) {
 // Each form stands in a file of its own; those that need the store have an Init() for the window's constructor.
 void MainWindowLayout::AddPages(MainWindow* ip_window) {
     diagnosticsForm = Named(new DiagnosticsForm(ip_window), "diagnosticsForm"); // first: the others may log
-    transfersForm = Named(new QWidget, "transfersForm");
+    transfersForm = Named(new TransfersForm, "transfersForm");
     MakeRoomsPage();
     MakeChatPage();
     searchForm = Named(new QWidget, "searchForm");
     userListForm = Named(new UserListForm, "userListForm");
-    sharesForm = Named(new QWidget, "sharesForm");
+    sharesForm = Named(new SharesForm, "sharesForm");
     MakeOptionsPage();
 
     tabControl = Named(new QTabWidget, "tabControl");

@@ -17,7 +17,9 @@ class QTabWidget;
 class QTreeWidget;
 class QWidget;
 class RoomTabWidget;
+class SharesForm;
 class StatusBar;
+class TransfersForm;
 class UserListForm;
 
 struct MainWindowLayout {
@@ -33,12 +35,12 @@ struct MainWindowLayout {
     QTabWidget* tabControl = nullptr;
 
     // The pages, in their order.
-    QWidget* transfersForm = nullptr;
+    TransfersForm* transfersForm = nullptr;
     QWidget* roomsPage = nullptr;
     QWidget* chatPage = nullptr;
     QWidget* searchForm = nullptr;
     UserListForm* userListForm = nullptr;
-    QWidget* sharesForm = nullptr;
+    SharesForm* sharesForm = nullptr;
     QWidget* optionsPage = nullptr;
     DiagnosticsForm* diagnosticsForm = nullptr;
 

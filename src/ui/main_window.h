@@ -20,6 +20,7 @@
 #include <unordered_map>
 
 class ChatForm;
+class ChatInbox;
 class QTreeWidgetItem;
 class RoomList;
 class SearchReplies;
@@ -136,6 +137,7 @@ private:
     std::unique_ptr<MainWindowLayout> mp_layout;
     std::unique_ptr<StoreKeeper> mp_storeKeeper;
     std::unique_ptr<RoomList> mp_roomList;
+    std::unique_ptr<ChatInbox> mp_chatInbox;
     std::unique_ptr<StatusWatch> mp_statusWatch;
     std::unique_ptr<SearchReplies> mp_searchReplies; // given to the messenger
     Rows m_folderRows;

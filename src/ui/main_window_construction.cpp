@@ -14,6 +14,7 @@
 #include "sharing/shared_folders_manager.h"
 #include "store/data_saver.h"
 #include "transfers/transfer_queue_manager.h"
+#include "ui/chat_inbox.h"
 #include "ui/diagnostics_form.h"
 #include "ui/display_text.h"
 #include "ui/event_tool_bar.h"
@@ -150,6 +151,7 @@ void MainWindow::CreateSharing() {
 void MainWindow::CreateWindowTypes() {
     d.NewType("user_chat_widget", true, false, true)->RelateToType(d.GetType("user"), One, One, false);
     d.NewType("room_form", true, false, true)->RelateToType(d.GetType("room"), One, One, false);
+    mp_chatInbox = std::make_unique<ChatInbox>(mp_layout->chatTabControl);
     connect(gp_server, &Server::PrivateChat, this, &MainWindow::OnPrivateChat);
 
     Type* const lp_folder = d.GetType("shared_folder");

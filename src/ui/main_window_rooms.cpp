@@ -5,6 +5,7 @@
 #include "net/server.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/chat_form.h"
+#include "ui/chat_inbox.h"
 #include "ui/display_text.h"
 #include "ui/focus_widget.h"
 #include "ui/main_window_layout.h"
@@ -98,12 +99,12 @@ void MainWindow::MessageUser() {
 }
 
 void MainWindow::OnPrivateChat(std::string i_user, std::string i_text, int, bool) {
-    GetChatForm(i_user)->AddChat(i_text);
+    mp_chatInbox->Receive(i_user, i_text);
 }
 
 void MainWindow::OnChatTabClosed(int i_index) {
-    QWidget* const lp_form = mp_layout->chatTabControl->widget(i_index);
-    if (!lp_form) {
+    ChatForm* const lp_form = qobject_cast<ChatForm*>(mp_layout->chatTabControl->widget(i_index));
+    if (!lp_form) { // no tab, or the one of those who wait
         return;
     }
     mp_layout->chatTabControl->removeTab(i_index);

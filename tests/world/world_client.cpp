@@ -12,6 +12,7 @@
 #include "store/data.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/main_window.h"
+#include "world/talk_commands.h"
 #include "world/window_commands.h"
 
 #include <QApplication>
@@ -77,6 +78,7 @@ public:
         RecordEvents();
         AddCommands();
         AddWindowCommands(m_commands);
+        AddTalkCommands(m_commands);
     }
 
 private:

@@ -1,6 +1,7 @@
 #include "ui/room_user_list.h"
 
 #include "ui/room_user_list_item.h"
+#include "ui/user_menu_options.h"
 
 #include <QHeaderView>
 
@@ -30,6 +31,8 @@ RoomUserList::RoomUserList(QWidget* ip_parent) : QTreeWidget(ip_parent) {
     header()->setStretchLastSection(true);
     setSortingEnabled(true);
     sortByColumn(QRoomUserListItemWidget::User, Qt::AscendingOrder);
+    setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(this, &QWidget::customContextMenuRequested, this, &RoomUserList::OnContextMenuRequested);
 }
 
 void RoomUserList::ShowUser(ItemPtr i_user) {
@@ -60,4 +63,11 @@ std::vector<std::string_view> RoomUserList::Names() const {
         l_names.push_back(l_name);
     }
     return l_names;
+}
+
+void RoomUserList::OnContextMenuRequested(const QPoint& i_point) {
+    if (const QTreeWidgetItem* const lp_row = itemAt(i_point)) {
+        OpenUserMenu(static_cast<const QRoomUserListItemWidget*>(lp_row)->Name(), viewport()->mapToGlobal(i_point),
+                     this);
+    }
 }

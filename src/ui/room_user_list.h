@@ -25,5 +25,7 @@ public:
     std::vector<std::string_view> Names() const; // until the next change
 
 private:
+    void OnContextMenuRequested(const QPoint& i_point);
+
     std::unordered_map<std::string, QRoomUserListItemWidget*> m_rows;
 };

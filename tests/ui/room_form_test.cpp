@@ -17,8 +17,10 @@
 #include "ui/room_user_list.h"
 #include "ui/size_manager.h"
 
+#include <QApplication>
 #include <QHeaderView>
 #include <QLabel>
+#include <QMenu>
 #include <QSplitter>
 #include <QTabWidget>
 #include <QTest>
@@ -124,6 +126,21 @@ TEST_F(RoomFormTest, ListsUsersOnceAllIsKnownAndFollowsThem) {
     Room("Hafen").Disconnect(d.GetType("user")->GetItem("Bert"));
     Room("Mole").Disconnect(d.GetType("user")->GetItem("elsewhere"));
     EXPECT_EQ(Rows("Hafen").size(), 3U);
+}
+
+TEST_F(RoomFormTest, AUserHasTheMenuOfUsers) {
+    OpenIn("Hafen");
+    Join("Hafen", "bert");
+    QTreeWidget* const lp_list = In<RoomUserList>("Hafen");
+    QCoreApplication::processEvents();
+    const QPoint l_point = lp_list->visualItemRect(lp_list->topLevelItem(0)).center();
+    Q_EMIT lp_list->customContextMenuRequested(QPoint(l_point.x(), lp_list->viewport()->height() - 1));
+    EXPECT_FALSE(QApplication::activePopupWidget()) << "there is nobody";
+    Q_EMIT lp_list->customContextMenuRequested(l_point);
+    QMenu* const lp_menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_TRUE(lp_menu);
+    lp_menu->actions().first()->trigger();
+    EXPECT_TRUE(d.GetType("user")->GetItem("bert")->HasItem("user_chat_widget")) << "the first entry opens a chat";
 }
 
 TEST_F(RoomFormTest, ChatGoesToItsRoomAndSurvivesADisconnection) {

@@ -66,6 +66,7 @@ void Describe(const char* ip_url) {
         parserootdesc(lp_text, l_size, &l_data);
         GetUPNPUrls(&l_urls, &l_data, ip_url, 0);
         std::printf("description\t%s\t%s\n", Field(l_urls.controlURL).c_str(), Field(l_data.first.servicetype).c_str());
+        FreeUPNPUrls(&l_urls);
     }
     std::free(lp_text);
 }

@@ -121,7 +121,6 @@ TEST_F(TransfersFormTest, RestoredEntriesStandInTheOrderOfAdding) {
                                                     "Open File", "Open Folder", "Retry"));
     EXPECT_EQ(m_downloads->columnCount(), 9);
     EXPECT_EQ(m_uploads->columnCount(), 8);
-    l_damaged.Remove();
 }
 
 TEST_F(TransfersFormTest, UsersComeAndGoInTheDownloadsOnly) {

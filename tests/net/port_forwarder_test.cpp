@@ -20,6 +20,7 @@
 #include "net/test_router.h"
 #include "store/data.h"
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -326,11 +327,12 @@ TEST_F(PortForwarderTest, UnderstandsARealRouter) {
     if (const std::size_t l_place = l_said.find(l_refusal); l_place != std::string::npos)
         l_answer = "2 Port mapping failure, miniupnp error: " + l_said.substr(l_place + l_refusal.size(), 3);
     EXPECT_THAT(l_said, HasSubstr("ext port 2234 to 192.168.77.1:2234 protocol TCP for: TidewellQT"));
-    ASSERT_EQ(l_lines.size(), 7U);
+    // A busy router may answer a search twice, and is then named twice.
+    ASSERT_GE(l_lines.size(), 7U);
     EXPECT_THAT(l_lines[2], MatchesRegex("2 http://192.168.77.1:[0-9]+/rootDesc.xml, InternetGatewayDevice, found"));
-    EXPECT_EQ(l_lines[3], "2 Device XML found.");
-    EXPECT_EQ(l_lines[5], "2 Found own address to be 192.168.77.1");
-    EXPECT_EQ(l_lines[6], l_answer);
+    EXPECT_THAT(l_lines, Contains("2 Device XML found."));
+    EXPECT_THAT(l_lines, Contains("2 Found own address to be 192.168.77.1"));
+    EXPECT_EQ(l_lines.back(), l_answer);
 }
 
 TEST(DeviceUrlTest, TakesOnlyAddressesInFigures) {

@@ -22,6 +22,7 @@
 #include "ui/main_window_size_proxy.h"
 #include "ui/notice_bar.h"
 #include "ui/room_list.h"
+#include "ui/search_form.h"
 #include "ui/shares_form.h"
 #include "ui/size_manager.h"
 #include "ui/status_watch.h"
@@ -75,6 +76,7 @@ MainWindow::MainWindow() {
     CreateForms();
     WatchLogin();
     LoadStore();
+    mp_layout->searchForm->Init();
     mp_layout->userListForm->Init();
     sharedFoldersManager->Init();
     LogIn();

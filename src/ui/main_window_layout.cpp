@@ -5,6 +5,7 @@
 #include "ui/main_window.h"
 #include "ui/notice_bar.h"
 #include "ui/room_tab_widget.h"
+#include "ui/search_form.h"
 #include "ui/shares_form.h"
 #include "ui/status_bar.h"
 #include "ui/transfers_form.h"
@@ -100,7 +101,7 @@ void MainWindowLayout::AddPages(MainWindow* ip_window) {
     transfersForm = Named(new TransfersForm, "transfersForm");
     MakeRoomsPage();
     MakeChatPage();
-    searchForm = Named(new QWidget, "searchForm");
+    searchForm = Named(new SearchForm(ip_window), "searchForm");
     userListForm = Named(new UserListForm, "userListForm");
     sharesForm = Named(new SharesForm, "sharesForm");
     MakeOptionsPage();

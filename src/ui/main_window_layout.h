@@ -17,6 +17,7 @@ class QTabWidget;
 class QTreeWidget;
 class QWidget;
 class RoomTabWidget;
+class SearchForm;
 class SharesForm;
 class StatusBar;
 class TransfersForm;
@@ -38,7 +39,7 @@ struct MainWindowLayout {
     TransfersForm* transfersForm = nullptr;
     QWidget* roomsPage = nullptr;
     QWidget* chatPage = nullptr;
-    QWidget* searchForm = nullptr;
+    SearchForm* searchForm = nullptr;
     UserListForm* userListForm = nullptr;
     SharesForm* sharesForm = nullptr;
     QWidget* optionsPage = nullptr;

@@ -56,7 +56,7 @@ void DataSaver::RemoveDataLoadedHandler(DataLoadedEventHandler* ip_handler) {
     m_dataLoadedHandlers.erase(ip_handler);
 }
 
-void DataSaver::WriteTo(ImageSink& io_image, Data* ip_data) const {
+std::size_t DataSaver::WriteTo(ImageSink& io_image, Data* ip_data) const {
     StoreWriter l_writer(*ip_data, io_image);
     std::map<std::string, Type*> l_types;
     ip_data->GetTypes(l_types);
@@ -69,13 +69,15 @@ void DataSaver::WriteTo(ImageSink& io_image, Data* ip_data) const {
         }
     }
     l_writer.Write();
+    return l_writer.ItemCount();
 }
 
 SaveResult DataSaver::Save(Data* ip_data, const char* ip_path) {
     ReplacedFile l_file(ip_path);
-    if (l_file.Error() == 0)
-        WriteTo(l_file, ip_data);
-    return Commit(l_file);
+    const std::size_t l_itemCount = l_file.Error() == 0 ? WriteTo(l_file, ip_data) : 0;
+    SaveResult l_result = Commit(l_file);
+    l_result.itemCount = l_itemCount;
+    return l_result;
 }
 
 std::string DataSaver::MakeImage(Data* ip_data) const {

@@ -27,9 +27,10 @@ public:
 };
 
 struct SaveResult {
-    bool isSaved = false; // if not, the old file is as it was
-    int error = 0;        // errno of the step that failed
-    std::string step;     // and its name, for the log
+    bool isSaved = false;      // if not, the old file is as it was
+    int error = 0;             // errno of the step that failed
+    std::string step;          // and its name, for the log
+    std::size_t itemCount = 0; // items written; only by Save
 
     explicit operator bool() const { return isSaved; }
 };
@@ -75,7 +76,7 @@ public:
     void EmitDataLoaded();
 
 private:
-    void WriteTo(ImageSink& io_image, Data* ip_data) const;
+    std::size_t WriteTo(ImageSink& io_image, Data* ip_data) const;
 
     std::set<std::string, std::less<>> m_savedTypes;
     std::map<std::string, std::set<std::string>, std::less<>> m_savedByConnectionTypes;

@@ -17,6 +17,7 @@ public:
     void AddType(Type* ip_type);
     void AddTypeByConnection(Type* ip_type, const std::set<std::string>& i_connectionTypes);
     void Write();
+    std::size_t ItemCount() const { return m_nextNumber - 1; } // written so far
 
 private:
     struct SavedType {

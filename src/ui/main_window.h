@@ -7,7 +7,7 @@
 //   rooms          the room list, the tabs of rooms and chats
 //   shares         the shared folders
 //   connection     the session with the server in menu, icon and boxes
-//   options        the settings on show, and their dialogs
+//   options        the settings on show, their dialogs, and the store browser
 #pragma once
 
 #include "store/data.h"
@@ -21,6 +21,7 @@
 
 class ChatForm;
 class ChatInbox;
+class DataDialog;
 class QTreeWidgetItem;
 class RoomList;
 class SearchReplies;
@@ -118,6 +119,7 @@ private:
     void OnConnectionFailed(std::string i_reason);
 
     // options
+    void OnShowData();
     void OpenLoginDialog();
     void LeadToLogin();
     void ShowServer();
@@ -141,6 +143,7 @@ private:
     std::unique_ptr<StatusWatch> mp_statusWatch;
     std::unique_ptr<SearchReplies> mp_searchReplies; // given to the messenger
     Rows m_folderRows;
+    QPointer<DataDialog> mp_dataDialog; // deletes itself when it is closed
 };
 
 extern MainWindow* mainWindow;

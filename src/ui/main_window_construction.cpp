@@ -15,6 +15,7 @@
 #include "store/data_saver.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/chat_inbox.h"
+#include "ui/data_dialog.h"
 #include "ui/diagnostics_form.h"
 #include "ui/display_text.h"
 #include "ui/event_tool_bar.h"
@@ -88,6 +89,7 @@ MainWindow::MainWindow() {
 
 MainWindow::~MainWindow() {
     g_showIsOver = true;
+    delete mp_dataDialog; // it follows every change of what is taken down now
     gp_server->Disconnect();
     SaveStore();
     DeleteManagers();
@@ -123,6 +125,7 @@ void MainWindow::ConnectServer() {
     connect(gp_server, &Server::Disconnected, this, &MainWindow::OnDisconnected);
     connect(mp_layout->actionConnect, &QAction::triggered, this, &MainWindow::OnConnectTriggered);
     connect(mp_layout->actionDisconnect, &QAction::triggered, this, &MainWindow::OnDisconnectTriggered);
+    connect(mp_layout->actionData, &QAction::triggered, this, &MainWindow::OnShowData);
 
     Type* const lp_room = d.GetType("room");
     d.AddConnectionEventHandler(lp_room, d.GetType("user_count"), MakeHandler(this, &MainWindow::OnRoomUserCountAdded));

@@ -1,14 +1,16 @@
-// The settings on show, and the way to their dialogs.
+// The settings on show, and the way to their dialogs and to the store browser.
 #include "ui/main_window.h"
 
 #include "app/settings.h"
 #include "net/port_forwarder.h"
 #include "net/server.h"
 #include "ui/change_username_password_dialog.h"
+#include "ui/data_dialog.h"
 #include "ui/display_text.h"
 #include "ui/main_window_layout.h"
 #include "ui/message_box.h"
 #include "ui/status_watch.h"
+#include "ui/store_keeper.h"
 
 #include <QLineEdit>
 #include <QMessageBox>
@@ -61,4 +63,14 @@ void MainWindow::OnServerChanged(Item*) {
 
 void MainWindow::OnNewListeningPortChanged(Item* ip_setting) {
     mp_layout->listeningPortEdit->setText(CellText(ItemPtr(ip_setting)["global_value"].AsView()));
+}
+
+void MainWindow::OnShowData() {
+    if (!mp_dataDialog) {
+        mp_dataDialog = new DataDialog(&d, this);
+        mp_dataDialog->SetSave([this] { return mp_storeKeeper->SaveNow(); });
+    }
+    mp_dataDialog->show();
+    mp_dataDialog->raise();
+    mp_dataDialog->activateWindow();
 }

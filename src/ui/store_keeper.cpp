@@ -21,13 +21,15 @@ LoadResult StoreKeeper::Load() {
 }
 
 // What is being written is older: it must not come last.
-void StoreKeeper::SaveNow() {
+SaveResult StoreKeeper::SaveNow() {
     if (m_isWriting) {
         mp_writer = NewWriter(); // the former one finishes its file first
         m_isWriting = false;
     }
     d.RemoveDisconnectedItems();
-    Report(dataSaver->Save(&d, m_path.c_str()));
+    SaveResult l_result = dataSaver->Save(&d, m_path.c_str());
+    Report(l_result);
+    return l_result;
 }
 
 void StoreKeeper::SaveInBackground() {

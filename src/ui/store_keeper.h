@@ -23,7 +23,7 @@ public:
     // Both drop what nothing reaches any more and then write the store as it is at this moment. The first returns when
     // the bytes are on the disk. The second leaves that to another thread: a disk may take seconds for it, and the
     // window would stand still. While it is at it further ones do nothing.
-    void SaveNow();
+    SaveResult SaveNow();
     void SaveInBackground();
 
 Q_SIGNALS:

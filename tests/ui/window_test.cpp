@@ -3,6 +3,7 @@
 #include "app/settings.h"
 #include "app/show_is_over.h"
 #include "app/text.h"
+#include "net/port_helper.h"
 #include "net/server_schema.h"
 #include "peer/peer_schema.h"
 #include "search/wish_list_schema.h"
@@ -61,6 +62,7 @@ std::string CloseBox() {
 
 WindowTest::WindowTest() {
     qputenv("HOME", m_home.path().toUtf8());
+    PortHelper::SetProgram({}); // nothing is asked of the real network
     RenewStore();
 }
 

@@ -86,6 +86,7 @@ private:
     void OnToolBarActionTriggered(std::string i_id);
     void OnRoomTabChanged(int i_index);
     void OnMainWindowTabChanged(int i_index);
+    void FocusRooms();
     void OnOptionsTabSelectionChanged(int i_index);
 
     // rooms

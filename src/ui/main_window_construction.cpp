@@ -80,6 +80,7 @@ MainWindow::MainWindow() {
     mp_layout->searchForm->Init();
     mp_layout->userListForm->Init();
     sharedFoldersManager->Init();
+    FocusRooms();
     LogIn();
     ShowSettings();
     RegisterSizes();

@@ -2,6 +2,8 @@
 
 #include "ui/action_set_tool_bar.h"
 #include "ui/diagnostics_form.h"
+#include "ui/empty_list_hint.h"
+#include "ui/empty_tabs_hint.h"
 #include "ui/main_window.h"
 #include "ui/notice_bar.h"
 #include "ui/room_tab_widget.h"
@@ -121,6 +123,7 @@ void MainWindowLayout::AddPages(MainWindow* ip_window) {
 void MainWindowLayout::MakeRoomsPage() {
     roomsTabControl = Named(new RoomTabWidget, "roomsTabControl");
     CallTabs(roomsTabControl, Text("Rooms you are in"));
+    new EmptyTabsHint(roomsTabControl, Text("You are in no room. A double click in the list enters one."));
 
     roomList = Named(new QTreeWidget, "roomList");
     roomList->setAccessibleName(Text("Rooms of the server"));
@@ -130,6 +133,8 @@ void MainWindowLayout::MakeRoomsPage() {
     roomList->setUniformRowHeights(true);
     roomList->setAllColumnsShowFocus(true);
     roomList->setSortingEnabled(true);
+    new EmptyListHint(roomList, Text("No rooms yet. They are listed when you are connected, and \"Create Room\" makes "
+                                     "a new one."));
 
     roomSplitter = Named(new QSplitter(Qt::Horizontal), "roomSplitter");
     roomSplitter->addWidget(roomsTabControl);
@@ -143,6 +148,8 @@ void MainWindowLayout::MakeChatPage() {
     chatTabControl = Named(new QTabWidget, "chatTabControl");
     CallTabs(chatTabControl, Text("Private chats"));
     chatTabControl->setTabsClosable(true);
+    new EmptyTabsHint(chatTabControl, Text("No private chats. \"Message user\" in the menu of a user opens one, and so "
+                                           "does a message from somebody."));
     chatPage = MakePageOf("chatPage", chatTabControl);
 }
 

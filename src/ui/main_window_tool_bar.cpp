@@ -131,7 +131,15 @@ void MainWindow::OnRoomTabChanged(int i_index) {
 void MainWindow::OnMainWindowTabChanged(int i_index) {
     if (i_index >= 0 && mp_layout->tabControl->widget(i_index) == mp_layout->optionsPage) {
         mp_layout->optionsTabControl->currentWidget()->setFocus();
+    } else if (i_index >= 0 && mp_layout->tabControl->widget(i_index) == mp_layout->roomsPage) {
+        FocusRooms();
     }
+}
+
+// To where it was last, or is to be by someone on the way to a room; at first to the list.
+void MainWindow::FocusRooms() {
+    QWidget* const lp_last = mp_layout->roomsPage->focusWidget();
+    (lp_last ? lp_last : mp_layout->roomList)->setFocus();
 }
 
 void MainWindow::OnOptionsTabSelectionChanged(int i_index) {

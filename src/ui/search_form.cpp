@@ -7,6 +7,7 @@
 #include "search/search_history.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/display_text.h"
+#include "ui/empty_tabs_hint.h"
 #include "ui/event_tool_bar.h"
 #include "ui/focus_widget.h"
 #include "ui/search_arrivals.h"
@@ -66,12 +67,8 @@ void SearchForm::BuildLayout() {
     mp_tabs->setAccessibleName(tr("Searches"));
     mp_tabs->tabBar()->setAccessibleName(tr("Searches"));
     mp_tabs->setTabsClosable(true);
-    mp_emptyHint = new QLabel(tr("Type some words above and press Return.\nWhat other users share under them "
-                                 "comes in here."),
-                              mp_tabs);
-    mp_emptyHint->setAlignment(Qt::AlignCenter);
-    mp_emptyHint->setForegroundRole(QPalette::PlaceholderText);
-    mp_tabs->installEventFilter(this);
+    new EmptyTabsHint(mp_tabs, tr("Type some words above and press Return.\nWhat other users share under them "
+                                  "comes in here."));
     mp_wishList = new WishListTree(this);
     mp_splitter = new QSplitter(Qt::Horizontal);
     mp_splitter->setObjectName(QStringLiteral("searchSplitter"));
@@ -141,7 +138,6 @@ void SearchForm::CreateSearchForm(unsigned int i_token, const std::string& i_tex
     const ItemPtr l_widget = d.GetType("search_results_widget")->GetItem(static_cast<QWidget*>(lp_form));
     l_widget.Connect(l_request);
     SetUpTab(lp_form, l_widget);
-    mp_emptyHint->hide();
     const int l_index = mp_tabs->addTab(lp_form, QIcon(l_icon), TitleText(i_text));
     mp_tabs->setTabToolTip(l_index, ToolTipText(i_text));
     lp_form->setAccessibleName(LabelText(i_text));
@@ -234,7 +230,6 @@ void SearchForm::OnTabCloseRequested(int i_index) {
     }
     d.RemoveDisconnectedItems();
     if (mp_tabs->count() == 0) {
-        mp_emptyHint->show();
         mp_searchEdit->setFocus();
     }
 }
@@ -269,9 +264,6 @@ void SearchForm::OnDownloadsChanged(ConnectionInfo&) {
 }
 
 bool SearchForm::eventFilter(QObject* ip_watched, QEvent* ip_event) {
-    if (ip_watched == mp_tabs && ip_event->type() == QEvent::Resize) {
-        mp_emptyHint->setGeometry(mp_tabs->rect());
-    }
     if (ip_watched == mp_tabs->tabBar() && ip_event->type() == QEvent::MouseButtonRelease) {
         const QMouseEvent* const lp_mouse = static_cast<QMouseEvent*>(ip_event);
         const int l_tab = mp_tabs->tabBar()->tabAt(lp_mouse->pos());

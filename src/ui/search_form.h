@@ -15,7 +15,6 @@
 
 #include <string>
 
-class QLabel;
 class QSplitter;
 class QTabWidget;
 class QTreeWidget;
@@ -87,7 +86,6 @@ private:
     SearchEdit* mp_searchEdit;
     QSplitter* mp_splitter;
     QTabWidget* mp_tabs;
-    QLabel* mp_emptyHint; // on show while there is no tab
     WishListTree* mp_wishList;
     SearchArrivals* mp_arrivals = nullptr; // from Init on
 };

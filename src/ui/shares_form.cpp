@@ -3,9 +3,9 @@
 #include "app/text.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/display_text.h"
+#include "ui/empty_tabs_hint.h"
 #include "ui/share_form.h"
 
-#include <QLabel>
 #include <QMouseEvent>
 #include <QShortcut>
 #include <QTabBar>
@@ -25,20 +25,15 @@ void CreateShareNodeTypes() {
 
 } // namespace
 
-SharesForm::SharesForm(QWidget* ip_parent) : QWidget(ip_parent), mp_tabControl(new QTabWidget), mp_hint(new QLabel) {
+SharesForm::SharesForm(QWidget* ip_parent) : QWidget(ip_parent), mp_tabControl(new QTabWidget) {
     mp_tabControl->setObjectName(QStringLiteral("tabControl"));
     mp_tabControl->setTabsClosable(true);
     mp_tabControl->tabBar()->setAccessibleName(tr("Share lists"));
     mp_tabControl->tabBar()->installEventFilter(this);
-    mp_hint->setText(tr("No share lists are open. \"Browse user's files\" in the menu of a user asks for one; it opens "
-                        "here when it has arrived."));
-    mp_hint->setAlignment(Qt::AlignCenter);
-    mp_hint->setWordWrap(true);
-    mp_hint->setForegroundRole(QPalette::PlaceholderText);
+    new EmptyTabsHint(mp_tabControl, tr("No share lists are open. \"Browse user's files\" in the menu of a user asks "
+                                        "for one; it opens here when it has arrived."));
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
     lp_layout->addWidget(mp_tabControl);
-    lp_layout->addWidget(mp_hint, 1);
-    ShowHint();
 
     QShortcut* const lp_close = new QShortcut(QKeySequence(Qt::CTRL | Qt::Key_W), this);
     lp_close->setContext(Qt::WidgetWithChildrenShortcut);
@@ -71,14 +66,12 @@ void SharesForm::OnUserShare(Item* ip_share) {
     ShareForm* const lp_form = new ShareForm(ip_share, this);
     const int l_index = mp_tabControl->addTab(lp_form, TitleText(l_user));
     mp_tabControl->setTabToolTip(l_index, ToolTipText(l_user));
-    ShowHint();
 }
 
 void SharesForm::OnTabCloseRequested(int i_index) {
     if (ShareForm* const lp_form = qobject_cast<ShareForm*>(mp_tabControl->widget(i_index))) {
         mp_tabControl->removeTab(i_index);
         lp_form->Delete();
-        ShowHint();
     }
 }
 
@@ -98,11 +91,6 @@ void SharesForm::OnToolBarActionTriggered(std::string i_id) {
 
 ShareForm* SharesForm::CurrentForm() const {
     return qobject_cast<ShareForm*>(mp_tabControl->currentWidget());
-}
-
-void SharesForm::ShowHint() {
-    mp_hint->setVisible(mp_tabControl->count() == 0);
-    mp_tabControl->setVisible(mp_tabControl->count() != 0);
 }
 
 // A click with the middle button closes the tab under it.

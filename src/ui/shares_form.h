@@ -7,7 +7,6 @@
 
 #include <string>
 
-class QLabel;
 class QTabWidget;
 class ShareForm;
 
@@ -26,9 +25,7 @@ private:
     void OnUserShare(Item* ip_share);
     void OnTabCloseRequested(int i_index);
     void OnToolBarActionTriggered(std::string i_id);
-    void ShowHint();
     ShareForm* CurrentForm() const;
 
     QTabWidget* mp_tabControl;
-    QLabel* mp_hint;
 };

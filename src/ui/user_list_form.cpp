@@ -1,5 +1,6 @@
 #include "ui/user_list_form.h"
 
+#include "app/text.h"
 #include "net/server.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/add_user_dialog.h"
@@ -167,9 +168,12 @@ void UserListForm::WatchUsers() {
 }
 
 void UserListForm::RegisterActions() {
-    actionBar->AddSetAction("user_list", "manual_add_user", "Add User", ":/icons/add_user_icon", false);
-    actionBar->AddSetAction("user_list", "configure_user_groups", "Configure User Groups", ":/icons/users_icon", false);
-    actionBar->AddSetAction("user_list", "configure_ignored_users", "Ignored Users", ":/icons/remove_user_icon", false);
+    const auto l_add = [](const char* ip_id, const QString& i_text, const char* ip_icon) {
+        actionBar->AddSetAction("user_list", ip_id, ToUtf8(i_text), ip_icon, false);
+    };
+    l_add("manual_add_user", tr("Add User"), ":/icons/add_user_icon");
+    l_add("configure_user_groups", tr("Configure User Groups"), ":/icons/users_icon");
+    l_add("configure_ignored_users", tr("Ignored Users"), ":/icons/remove_user_icon");
     actionBar->RegisterWidget(mp_userListTab, QStringLiteral("user_list"));
     actionBar->AutoFocusTabWidget(mp_tabWidget);
     connect(actionBar, &ActionSetToolBar::ActionTriggered, this, &UserListForm::OnActionTriggered);

@@ -25,6 +25,8 @@
 #include <memory>
 #include <string>
 
+#include <malloc.h>
+
 class PageWorld {
 public:
     PageWorld() {
@@ -69,8 +71,9 @@ private:
     QTemporaryDir m_home;
 };
 
-// Of physical memory in use, in MiB.
+// Of physical memory in use, in MiB, without what is free for the next allocation.
 inline double ResidentMiB() {
+    malloc_trim(0);
     std::ifstream l_file("/proc/self/statm");
     long l_pages = 0;
     l_file >> l_pages >> l_pages;

@@ -1,6 +1,9 @@
 // The share browser with a list of 100,000 files in 8,000 folders, and of a million: how long after the last byte its
-// tab stands open, what a key in the filter costs, how long the event loop is held meanwhile, and memory. Beside it, in
-// the same run, a bare QTreeWidget filled with the same folder names in one go.
+// tab stands open, what a key in the filter costs, how long the event loop is held meanwhile and while the tab is
+// closed again, and memory. Beside it, in the same run, a bare QTreeWidget filled with the same folder names in one go.
+//
+// Wanted for 100,000 files: open within 1.5 s, a key within 150 ms. For either list: the event loop is never held for
+// more than 200 ms by closing the tab.
 //
 //   share_browser [FILES FOLDERS]    instead of both
 
@@ -9,6 +12,7 @@
 #include "peer/share_list.h"
 #include "ui/shares_form.h"
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QTabWidget>
 #include <QTreeWidget>
@@ -53,7 +57,7 @@ FileInfoMap MakeList(int i_files, int i_folders) {
         const int l_count = i_files / i_folders + (l_folder < i_files % i_folders);
         for (int l_index = 0; l_index < l_count; ++l_index) {
             FileInfo l_file;
-            l_file.name = std::to_string(l_index) + " - " + l_words.Some(3) + ".mp3";
+            l_file.name = std::to_string(l_index) + " - " + l_words.Some(4) + ".mp3"; // mostly found once
             l_file.size = 3'000'000 + l_index;
             l_file.attributes.extension = "mp3";
             l_file.attributes.attributes = {{0, 192}, {2, 0}};
@@ -74,6 +78,19 @@ double BareTree(const FileInfoMap& i_list) {
         QCoreApplication::processEvents();
         l_tree.repaint();
     });
+}
+
+// Until the condition holds; answers the longest turn of the event loop, in milliseconds.
+template <class Condition>
+double TurnUntil(Condition i_isOver) {
+    double l_longest = 0;
+    while (!i_isOver()) {
+        l_longest = std::max(l_longest, Time([] {
+                                 QCoreApplication::processEvents();
+                                 QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+                             }));
+    }
+    return l_longest;
 }
 
 void Measure(int i_files, int i_folders, bool i_isJudged) {
@@ -100,9 +117,7 @@ void Measure(int i_files, int i_folders, bool i_isJudged) {
     double l_longest = 0;
     const double l_opening = Time([&] {
         sharedFoldersManager->OnUserShare("Bo", l_read->folders, l_read->attributeNames);
-        while (lp_tabs->count() == 0) {
-            l_longest = std::max(l_longest, Time([] { QCoreApplication::processEvents(); }));
-        }
+        l_longest = TurnUntil([lp_tabs] { return lp_tabs->count() != 0; });
         l_world.Settle();
     });
     l_read.reset();
@@ -111,6 +126,9 @@ void Measure(int i_files, int i_folders, bool i_isJudged) {
     const double l_limit = i_isJudged ? 1500 : 1e9;
     Judge("tab open after the last byte", l_reading + l_opening, l_limit);
     std::printf("the event loop is held meanwhile %.0f ms at most\n", l_longest);
+    const QLabel* const lp_counts = lp_tabs->widget(0)->findChild<QLabel*>(QStringLiteral("shareCounts"));
+    std::printf("names of the files for the filter, read while nobody waits: %.0f ms\n",
+                Time([&] { TurnUntil([lp_counts] { return !lp_counts->text().isEmpty(); }); }));
     std::printf("memory for list and tab: %.0f MiB\n", ResidentMiB() - l_memory);
 
     QLineEdit* const lp_filter = lp_tabs->widget(0)->findChild<QLineEdit*>(QStringLiteral("filterEdit"));
@@ -129,8 +147,15 @@ void Measure(int i_files, int i_folders, bool i_isJudged) {
                     lp_folders->setCurrentItem(lp_folders->topLevelItem(0));
                     l_world.Settle();
                 }));
-    std::printf("closing the tab: %.0f ms\n", Time([&] { Q_EMIT lp_tabs->tabCloseRequested(0); }));
-    QCoreApplication::processEvents();
+
+    const double l_closing = Time([&] { Q_EMIT lp_tabs->tabCloseRequested(0); });
+    double l_turn = 0;
+    const double l_rest = Time([&] {
+        l_turn = TurnUntil([] { return d.GetType("user_share")->CountItems() == 0; });
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    });
+    std::printf("closing the tab: %.0f ms, then %.0f ms in slices\n", l_closing, l_rest);
+    Judge("the event loop is held by closing", std::max(l_closing, l_turn), 200);
 }
 
 } // namespace

@@ -29,7 +29,13 @@ void SharedFoldersManager::OnFilesInFoldersRequested(const std::string& i_user, 
 void SharedFoldersManager::OnUserShare(const std::string& i_user, FileInfoMap& io_folders, AttributeTranslationTable&) {
     Log(QStringLiteral("Shared"), 1, QStringLiteral("Received shared file list from user %1").arg(ToQString(i_user)),
         d.GetType("user")->HasItem(i_user));
+    if (const ItemPtr l_old = d.GetType("user")->HasItem(i_user)["user_share"])
+        RemoveUserShare(l_old);
     mp_userShareBuilder->Take(i_user, std::move(io_folders));
+}
+
+void SharedFoldersManager::RemoveUserShare(ItemPtr i_share) {
+    mp_userShareRemover->Take(i_share);
 }
 
 QString SharedFoldersManager::GetFileItemDisplayString(ItemPtr i_file) {

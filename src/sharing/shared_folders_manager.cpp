@@ -16,6 +16,7 @@ SharedFoldersManager::SharedFoldersManager(QObject* ip_parent) : QObject(ip_pare
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileFolderAdded));
     mp_shareListBuilder = std::make_unique<ShareListBuilder>();
     mp_userShareBuilder = std::make_unique<UserShareBuilder>();
+    mp_userShareRemover = std::make_unique<UserShareRemover>();
     StartScanner();
     peerMessenger->SetSharedFilesSource(this);
     connect(peerMessenger, &PeerMessenger::UserShare, this, &SharedFoldersManager::OnUserShare);

@@ -15,6 +15,7 @@
 #include "sharing/search_tokens.h"
 #include "sharing/share_list_builder.h"
 #include "sharing/user_share_builder.h"
+#include "sharing/user_share_remover.h"
 #include "store/data.h"
 
 #include <QObject>
@@ -56,6 +57,8 @@ public:
 
     // The list of what the user may see, made when it is asked for.
     void GetSharedFilesMessage(const std::string& i_user, Answer i_answer) override;
+    // Takes somebody's list from the user at once, and out of the store as there is time; then sweeps.
+    void RemoveUserShare(ItemPtr i_share);
     // Bit rate and length of a file in somebody's list or answer, as "192 CBR, 4m5s"; empty if nothing is known.
     QString GetFileItemDisplayString(ItemPtr i_file);
 
@@ -99,9 +102,10 @@ private:
     int m_filesRemoved = 0;
     SearchTokenCutter m_tokenCutter;
     UploadSlots* mp_uploadSlots = nullptr;
-    // Both need the Types.
+    // These need the Types.
     std::unique_ptr<ShareListBuilder> mp_shareListBuilder;
     std::unique_ptr<UserShareBuilder> mp_userShareBuilder;
+    std::unique_ptr<UserShareRemover> mp_userShareRemover;
     MP3Scanner m_scanner;
     QThread m_scannerThread;
 };

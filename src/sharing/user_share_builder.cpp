@@ -45,20 +45,18 @@ void AddFile(Item* ip_folder, const FileInfo& i_file) {
 } // namespace
 
 UserShareBuilder::UserShareBuilder() {
-    d.GetType("user_share")->m_itemRemoved.AddHandler(MakeHandler(this, &UserShareBuilder::OnShareRemoved));
+    d.AddDisconnectionEventHandler(d.GetType("user_share"), d.GetType("user"),
+                                   MakeHandler(this, &UserShareBuilder::OnListLost));
     connect(&m_slice, &QTimer::timeout, this, &UserShareBuilder::MakeSlice);
 }
 
 void UserShareBuilder::Take(const std::string& i_user, FileInfoMap i_folders) {
-    const ItemPtr l_user = d.GetType("user")->GetItem(i_user);
-    if (const ItemPtr l_old = l_user["user_share"])
-        l_old.Remove();
-    m_jobs.push_back({l_user.NewItem("user_share").Get(), std::move(i_folders)});
+    m_jobs.push_back({d.GetType("user")->GetItem(i_user)->NewItem("user_share").Get(), std::move(i_folders)});
     m_slice.start(0);
 }
 
-void UserShareBuilder::OnShareRemoved(Item* ip_share) {
-    m_jobs.remove_if([ip_share](const Job& i_job) { return i_job.share == ip_share; });
+void UserShareBuilder::OnListLost(ConnectionInfo& i_info) {
+    m_jobs.remove_if([&i_info](const Job& i_job) { return i_job.share == i_info.m_itemFrom; });
 }
 
 void UserShareBuilder::MakeSlice() {

@@ -17,7 +17,7 @@ class UserShareBuilder : public QObject, public DataHandler {
 public:
     UserShareBuilder();
 
-    // Replaces the user's list, finished or not.
+    // For a user without a list. If the user loses the list before it is finished, no more is made of it.
     void Take(const std::string& i_user, FileInfoMap i_folders);
 
 private Q_SLOTS:
@@ -32,7 +32,7 @@ private:
     };
 
     void MakeNext();
-    void OnShareRemoved(Item* ip_share);
+    void OnListLost(ConnectionInfo& i_info);
 
     std::list<Job> m_jobs;
     QTimer m_slice;

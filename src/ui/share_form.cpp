@@ -2,6 +2,7 @@
 
 #include "app/text.h"
 #include "net/limits.h"
+#include "sharing/shared_folders_manager.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/display_text.h"
 #include "ui/event_tool_bar.h"
@@ -59,7 +60,8 @@ ShareForm::ShareForm(Item* ip_share, QWidget* ip_parent)
     actionBar->RegisterWidget(mp_folderTree, QStringLiteral("share_folders"));
     actionBar->RegisterWidget(mp_fileList, QStringLiteral("share_files"));
     m_share.Connect(d.GetType("user_share_tab")->GetItem(this));
-    d.GetType("user_share")->m_itemRemoved.AddHandler(MakeHandler(this, &ShareForm::OnShareRemoved));
+    d.AddDisconnectionEventHandler(d.GetType("user_share"), d.GetType("user"),
+                                   MakeHandler(this, &ShareForm::OnListLost));
     FillTree();
     connect(mp_folderTree, &QTreeWidget::currentItemChanged, this, &ShareForm::OnCurrentItemChanged);
     connect(mp_fileList, &QTreeWidget::itemSelectionChanged, this, &ShareForm::ShowCounts);
@@ -254,7 +256,8 @@ bool ShareForm::FilterFolderNode(ShareFolderRow* ip_row, const std::vector<std::
     if (!l_isVisible && mp_folderTree->currentItem() == ip_row) {
         ClearFileList();
     }
-    if (ip_row->isHidden() == l_isVisible) {
+    if (ip_row->m_isFilteredOut == l_isVisible) {
+        ip_row->m_isFilteredOut = !l_isVisible;
         ip_row->setHidden(!l_isVisible);
     }
     return l_isVisible;
@@ -341,9 +344,8 @@ void ShareForm::showEvent(QShowEvent* ip_event) {
     eventToolBar->RemoveEvent(this);
 }
 
-// The nodes hold on to the list's folders; without them the next sweep takes all of it.
-void ShareForm::OnShareRemoved(Item* ip_share) {
-    if (m_share != ItemPtr(ip_share)) {
+void ShareForm::OnListLost(ConnectionInfo& i_info) {
+    if (m_share != ItemPtr(i_info.m_itemFrom)) {
         return;
     }
     m_share = ItemPtr();
@@ -357,18 +359,16 @@ void ShareForm::OnShareRemoved(Item* ip_share) {
 }
 
 void ShareForm::Delete() {
-    if (const ItemPtr l_share = std::exchange(m_share, ItemPtr())) {
-        const Data::Operation l_removing(d);
-        const ItemSet l_folders = l_share.GetItems("user_share_folder");
-        l_folders.GetItems("user_share_file").Remove();
-        l_folders.Remove();
-        l_share.Remove();
-    }
+    m_reading.stop();
     RemoveFileNodes();
     RemoveFolderNodes();
     if (const ItemPtr l_tab = d.GetType("user_share_tab")->HasItem(this)) {
         l_tab.Remove();
     }
-    d.RemoveDisconnectedItems();
+    if (const ItemPtr l_share = std::exchange(m_share, ItemPtr())) {
+        sharedFoldersManager->RemoveUserShare(l_share);
+    } else {
+        d.RemoveDisconnectedItems();
+    }
     deleteLater();
 }

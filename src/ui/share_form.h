@@ -33,7 +33,7 @@ public:
     void ExpandAll();
     void CollapseAll();
 
-    // Takes the list out of the store and deletes the form.
+    // Has the list taken out of the store and deletes the form.
     void Delete();
 
     QTreeWidget* FolderTree() const { return mp_folderTree; }
@@ -59,7 +59,7 @@ private:
     void OnActionBarTriggered(std::string i_id);
     void OnCurrentItemChanged(QTreeWidgetItem* ip_current);
     void OnFilterTextChanged(const QString& i_text);
-    void OnShareRemoved(Item* ip_share);
+    void OnListLost(ConnectionInfo& i_info);
 
     ItemPtr m_share; // null for a closed book
     std::string m_user;

@@ -20,6 +20,8 @@ public:
     QVariant data(int i_column, int i_role) const override;
 
     NameList m_fileNames; // of the files that lie directly in it
+    // Hidden by the filter. The row would have to ask its view, at some cost.
+    bool m_isFilteredOut = false;
 
 private:
     int m_depth;

@@ -89,8 +89,18 @@ TEST_F(UserShare, ANewerListReplacesTheOneBeforeFinishedOrNot) {
     EXPECT_THAT(ShareOf("anna").GetItems("user_share_folder"), IsEmpty());
 
     Take("anna", l_large);
+    ASSERT_TRUE(Until([] { return IsLoaded("anna"); }));
+    Take("anna", {{"old", {File("1", 1)}}});
+    EXPECT_GT(d.GetType("user_share_file")->CountItems(), 10'000U) << "too many to be taken out in one go";
+    ASSERT_TRUE(Until([] { return IsLoaded("anna") && g("user_share").size() == 1; }));
+    EXPECT_THAT(FilesOf(Folder("anna", "old")), ElementsAre("1|1|")) << "it shares its names with the other";
+    for (const char* lp_type : {"user_share_folder", "user_share_folder_child", "user_share_file",
+                                "user_share_file_name", "user_share_file_size"})
+        EXPECT_EQ(d.GetType(lp_type)->CountItems(), 1U) << lp_type;
+
+    Take("anna", l_large);
     QCoreApplication::processEvents();
-    g("user_share").Remove(); // as when its page is closed
+    sharedFoldersManager->RemoveUserShare(ShareOf("anna")); // as when its page is closed
     Take("bert", {{"b", {}}});
     ASSERT_TRUE(Until([] { return IsLoaded("bert"); }));
     EXPECT_FALSE(ShareOf("anna"));

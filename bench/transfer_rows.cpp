@@ -1,25 +1,36 @@
-// The list of downloads: how long it takes to restore 10,000 entries beside 10, and what running downloads cost the
-// main thread. One block of 8192 bytes is one report; three workers at 1 GB/s each make some 370,000 of them a second.
+// The list of downloads: how long it takes to restore 10,000 entries beside 10, and what three running downloads at
+// full loopback speed cost the main thread, with the page on show: their senders are processes, their workers and files
+// real.
+//
+// Wanted: no more than 1 s between the two restorations, and the window never blocked for more than 50 ms.
 //
 //   transfer_rows [ENTRIES]    one restoration, for the program itself
-
+#include "heartbeat.h"
 #include "page_world.h"
-#include "transfers/live_transfer.h"
 #include "ui/transfers_form.h"
 
 #include <QElapsedTimer>
-#include <QThread>
+#include <QHostAddress>
+#include <QProcess>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTreeWidget>
 
 #include <cstdlib>
+#include <vector>
 
 namespace {
+
+// For the program itself, with the port behind it: the peer that sends one file.
+constexpr const char* c_send = "send";
 
 constexpr int c_few = 10;
 constexpr int c_many = 10'000;
 constexpr int c_filesOfFolder = 20;
 constexpr int c_foldersOfUser = 50;
-constexpr double c_reportsOfSecond = 3 * 1e9 / 8192;
+constexpr int c_patience = 60'000; // milliseconds
+constexpr int c_running = 3;
+constexpr long long c_fileSize = 512LL << 20; // of each that runs
 
 void AddEntries(int i_count) {
     for (int l_index = 0; l_index < i_count; ++l_index) {
@@ -68,7 +79,6 @@ void RunDownloads() {
     dataSaver->EmitDataLoaded();
     l_world.Show(lp_form);
     l_world.Settle();
-    ItemList l_running;
     std::printf("adding %d downloads by the queue: %.0f ms\n", c_many, Time([&] {
                     for (int l_index = 0; l_index < c_many; ++l_index) {
                         transferQueueManager->AddDownload("Bo", "song " + std::to_string(l_index), "music", 4'000'000,
@@ -76,34 +86,38 @@ void RunDownloads() {
                     }
                     l_world.Settle();
                 }));
-    for (int l_index = 0; l_index < 3; ++l_index) {
-        Item* const lp_entry = transferQueueManager->GetDownloadEntry("Bo", "song " + std::to_string(l_index), "music");
-        ConnectCell(lp_entry, "write_position", 0LL);
-        ConnectCell(lp_entry, "bytes_per_second", 1'000'000'000);
-        transferQueueManager->SetDownloadEntryStatus(lp_entry, "downloading");
-        l_running.push_back(lp_entry);
+    QTcpServer l_listener;
+    l_listener.listen(QHostAddress::LocalHost);
+    std::vector<std::unique_ptr<QProcess>> l_senders;
+    QElapsedTimer l_clock;
+    l_clock.start();
+    const Heartbeat l_heartbeat;
+    for (int l_index = 0; l_index < c_running; ++l_index) {
+        l_senders.push_back(std::make_unique<QProcess>());
+        l_senders.back()->start(QCoreApplication::applicationFilePath(),
+                                {QLatin1String(c_send), QString::number(l_listener.serverPort())});
+        l_listener.waitForNewConnection(c_patience);
+        QTcpSocket* const lp_socket = l_listener.nextPendingConnection();
+        lp_socket->setParent(nullptr);
+        const ItemPtr l_entry =
+            transferQueueManager->GetDownloadEntry("Bo", "song " + std::to_string(l_index), "music");
+        l_entry.Connect(d.GetType("file_size")->GetItem(c_fileSize));
+        l_entry.Connect(d.GetType("remote_transfer_req")->GetItem(l_index + 1));
+        transferQueueManager->OnFileConnection("Bo", lp_socket, static_cast<unsigned>(l_index + 1));
     }
-    // As many reports as there would be in a second, with the event loop coming round every so often.
-    double l_longest = 0;
-    int l_reports = 0;
-    const double l_work = Time([&] {
-        QElapsedTimer l_second;
-        for (l_second.start(); l_second.elapsed() < 1000; QThread::msleep(1)) {
-            const double l_due = c_reportsOfSecond * static_cast<double>(l_second.nsecsElapsed()) / 1e9;
-            l_longest = std::max(l_longest, Time([&] {
-                                     for (; l_reports < l_due; ++l_reports) {
-                                         Item* const lp_entry = l_running[static_cast<std::size_t>(l_reports) % 3];
-                                         WriteCell<long long>(lp_entry, "write_position", l_reports);
-                                         Q_EMIT transferQueueManager->DownloadProgressed(lp_entry);
-                                     }
-                                     QCoreApplication::processEvents();
-                                 }));
-        }
-    });
-    std::printf(
-        "3 of %d downloads at 1 GB/s each: %d reports of a second cost %.0f ms of the main thread, with painting\n",
-        c_many, l_reports, l_work);
-    Judge("the window is held at most", l_longest, 50);
+    const ItemPtr l_complete = d.GetType("download_entry_status")->GetItem("complete");
+    while (l_complete->CountItems("download_entry") < c_running && l_clock.elapsed() < c_patience) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    const double l_seconds = static_cast<double>(l_clock.elapsed()) / 1000;
+    const Heartbeat::Figures l_figures = l_heartbeat.Read();
+    std::printf("%d of %d downloads at %.0f MiB/s in all for %.1f s: the main thread works for %.1f%% of the time\n",
+                static_cast<int>(l_complete->CountItems("download_entry")), c_many,
+                c_running * static_cast<double>(c_fileSize >> 20) / l_seconds, l_seconds,
+                l_figures.total / l_seconds / 10);
+    std::printf("by the clock, with all processes on this machine, the window is held %.1f ms at most\n",
+                l_figures.mostByClock);
+    Judge("the window is held at most", l_figures.most, 50);
 
     QTreeWidget* const lp_list = lp_form->findChild<QTreeWidget*>(QStringLiteral("downloadsList"));
     lp_list->setFocus();
@@ -114,9 +128,32 @@ void RunDownloads() {
                 }));
 }
 
+// Takes the offset and sends the file as fast as it is taken.
+int Send(int i_port) {
+    QTcpSocket l_socket;
+    l_socket.connectToHost(QHostAddress::LocalHost, static_cast<quint16>(i_port));
+    while (l_socket.bytesAvailable() < 8) {
+        if (!l_socket.waitForReadyRead(c_patience)) {
+            return 1;
+        }
+    }
+    const QByteArray l_block(1 << 20, 'x');
+    for (long long l_sent = 0; l_sent < c_fileSize; l_sent += l_block.size()) {
+        l_socket.write(l_block);
+        while (l_socket.bytesToWrite() > 0 && l_socket.waitForBytesWritten(c_patience)) {
+        }
+    }
+    l_socket.waitForDisconnected(c_patience);
+    return 0;
+}
+
 } // namespace
 
 int main(int i_count, char** ip_arguments) {
+    if (i_count == 3 && std::string(ip_arguments[1]) == c_send) {
+        const QCoreApplication l_application(i_count, ip_arguments);
+        return Send(std::atoi(ip_arguments[2]));
+    }
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication l_application(i_count, ip_arguments);
     if (i_count == 2) {

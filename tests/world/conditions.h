@@ -6,13 +6,13 @@
 #include <QElapsedTimer>
 #include <QThread>
 
-// Polls until the condition holds; false when it still does not after the usual patience.
+// Polls until the condition holds; false when it still does not after the time, in milliseconds.
 template <class Condition>
-[[nodiscard]] bool WaitUntil(Condition i_condition) {
+[[nodiscard]] bool WaitUntil(Condition i_condition, int i_patienceMs = g_patienceMs) {
     QElapsedTimer l_time;
     l_time.start();
     while (!i_condition()) {
-        if (l_time.elapsed() > g_patienceMs)
+        if (l_time.elapsed() > i_patienceMs)
             return false;
         QThread::msleep(10);
     }

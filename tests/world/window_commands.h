@@ -17,6 +17,12 @@ using Commands = std::map<std::string, std::function<QJsonValue(const Arguments&
 // rows TREE              its top-level rows, each an array of the cells' texts
 // text EDIT              what stands in the line
 // type EDIT TEXT         in place of what stood there, then Return
+// turn WIDGET            clicks the tabs that it lies behind
+// press KEYS             "Return", "Ctrl+D": to the widget with the focus
+// button TEXT            clicks the tool bar's; whether there is one
+// row TREE TEXT...       the row under rows of these texts, an object of cells, colour, and what a screen reader is told
+//                        beside the cells; null if there is none on show
+// click TREE TEXT...     clicks that row; whether there is one
 // check LIST TEXT        the row with the text
 // choose LIST TEXT       makes it the current row
 // spin BOX NUMBER

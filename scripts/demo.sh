@@ -128,12 +128,12 @@ run_window() {
 }
 
 run_stand_in() {
-  echo "There is no display; a stand-in searches \"tide\" and downloads \"${wanted##*/}\" from Marlo."
+  echo "There is no display. A stand-in plays your part in the window, by mouse and keys:"
   local pictures=$demo/pictures digest
   rm -rf "$pictures"
   digest=$(sha256sum "$wanted" | cut -d' ' -f1)
   env HOME="$home" QT_QPA_PLATFORM=offscreen "$bin/tidewell-demo" --search tide --user Marlo --user Pebble \
-    --name "${wanted##*/}" --pictures "$pictures" --sha256 "$digest" \
+    --name "${wanted##*/}" --pictures "${pictures#"$PWD/"}" --sha256 "$digest" \
     --file "$home/Downloads/complete/Tide tables/${wanted##*/}" 2>"$demo/Newcomer.log" </dev/null &
   started+=($!)
   wait $! || fail "The demonstration did not succeed; what the programs said lies in $demo/*.log."

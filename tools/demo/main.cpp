@@ -1,4 +1,4 @@
-// tidewell-demo: the client's own window, watched by the Newcomer. It uses the home folder that it is given in HOME.
+// tidewell-demo: the client's own window, played by the Newcomer. It uses the home folder that it is given in HOME.
 #include "newcomer.h"
 
 #include "app/process_limits.h"
@@ -14,7 +14,7 @@ namespace {
 NewcomerOptions ReadOptions(const QCoreApplication& i_application) {
     QCommandLineParser l_parser;
     l_parser.setApplicationDescription(
-        QStringLiteral("Searches in the client's window, queues what it finds, and waits until it has arrived."));
+        QStringLiteral("Searches in the client's window, downloads what it finds, and looks at each page."));
     l_parser.addHelpOption();
     const QCommandLineOption l_search(QStringLiteral("search"), QStringLiteral("What is searched."),
                                       QStringLiteral("words"));
@@ -22,7 +22,8 @@ NewcomerOptions ReadOptions(const QCoreApplication& i_application) {
         QStringLiteral("user"),
         QStringLiteral("Who must answer; can be given many times. The first of them has the wanted file."),
         QStringLiteral("name"));
-    const QCommandLineOption l_name(QStringLiteral("name"), QStringLiteral("Name of the wanted file."),
+    const QCommandLineOption l_name(QStringLiteral("name"),
+                                    QStringLiteral("Name of the wanted file, which comes with its folder."),
                                     QStringLiteral("name"));
     const QCommandLineOption l_file(QStringLiteral("file"), QStringLiteral("Where the finished file must lie."),
                                     QStringLiteral("path"));
@@ -56,7 +57,9 @@ int main(int i_count, char** ip_arguments) {
     QuitSignals l_quitSignals;
     MainWindow l_window;
     l_window.show();
-    Newcomer l_newcomer(l_window, l_options);
+    Player l_player(l_window, l_options.secondsAtMost);
+    Newcomer l_newcomer(l_window, l_player, l_options);
+    l_player.Play(l_newcomer.Steps());
     const int l_status = QApplication::exec();
-    return l_status == 0 && !l_newcomer.HasSeenAll() ? 1 : l_status;
+    return l_status == 0 && !l_player.HasSeenAll() ? 1 : l_status;
 }

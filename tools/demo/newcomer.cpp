@@ -1,184 +1,315 @@
 #include "newcomer.h"
 
-#include "app/text.h"
+#include "hands/hands.h"
 #include "net/server.h"
-#include "store/data.h"
-#include "transfers/transfer_queue_manager.h"
+#include "ui/action_set_tool_bar.h"
 #include "ui/main_window.h"
 
-#include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QKeySequence>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
 #include <QPixmap>
 #include <QTabWidget>
+#include <QTextBrowser>
+#include <QTreeWidget>
+#include <QTreeWidgetItemIterator>
 
-#include <cstdio>
+#include <algorithm>
 
 namespace {
 
-// Whoever has come only just now may have missed a search.
-constexpr qint64 g_searchAgainAfter = 5000; // ms
+constexpr qint64 g_askAgainAfter = 250;     // ms; whoever has never logged in is unknown to the server
+constexpr qint64 g_searchAgainAfter = 5000; // ms; whoever has come only just now may have missed a search
 
-// Calls i_use(user, file) for each file of each answer.
-template <class Use>
-void ForEachAnswer(Use i_use) {
-    for (Item* lp_results : g("search_results")) {
-        for (Item* lp_file : lp_results->GetItems("search_result"))
-            i_use(ItemPtr(lp_results->HasItem("user")), ItemPtr(lp_file));
+enum { OnlineStatus = 1 };                   // column of the user list
+enum { File = 4, Size = 5 };                 // columns of search results
+enum { TransferFile = 2, Status, Progress }; // columns of the list of downloads
+
+QString Text(const char* ip_text) {
+    return Player::tr(ip_text);
+}
+
+QString RoomName() {
+    return Text("Boat house");
+}
+
+QString Greeting() {
+    return Text("Hello! The tide tables are here, thank you.");
+}
+
+// The rows of files in a tree of users, folders and files.
+QList<QTreeWidgetItem*> Leaves(QTreeWidget* ip_tree) {
+    QList<QTreeWidgetItem*> l_rows;
+    for (QTreeWidgetItemIterator l_row(ip_tree, QTreeWidgetItemIterator::NoChildren); *l_row; ++l_row) {
+        l_rows += *l_row;
     }
-}
-
-// The demonstration queues one file.
-ItemPtr TheDownload() {
-    return g("download_entry");
-}
-
-std::string DownloadStatus() {
-    return TheDownload()["download_entry_status"].AsString();
-}
-
-void Print(const QString& i_line) {
-    std::puts(ToUtf8(i_line).c_str());
-    std::fflush(stdout);
+    return l_rows;
 }
 
 } // namespace
 
-Newcomer::Newcomer(MainWindow& i_window, NewcomerOptions i_options)
-    : m_window(i_window), m_options(std::move(i_options)) {
-    m_steps = {
-        {tr("logged in"), [this] { return LookForLogin(); }},
-        {tr("the other users are online"), [this] { return LookForUsers(); }},
-        {tr("the search for \"%1\" is answered").arg(m_options.search), [this] { return LookForAnswers(); }},
-        {tr("a download is queued from the answers"), [this] { return QueueDownload(); }},
-        {tr("the download has begun"), [this] { return LookForProgress(); }},
-        {tr("the download is complete"), [this] { return LookForCompletion(); }},
-        {tr("its SHA-256 is the one of the shared file"), [this] { return CheckDigest(); }},
-        {tr("pictures of the window saved"), [this] { return TakePictures(); }},
+Newcomer::Newcomer(MainWindow& i_window, Player& i_player, NewcomerOptions i_options)
+    : m_window(i_window), m_player(i_player), m_options(std::move(i_options)) {}
+
+std::vector<Step> Newcomer::Steps() {
+    const QString l_first = m_options.users.first();
+    const QString l_last = m_options.users.last();
+    const auto l_always = [] { return Outcome::Done; };
+    return {
+        {Text("The window is connected to the server."), nullptr,
+         [] { return gp_server->IsConnected() ? Outcome::Done : Outcome::NotYet; }},
+        {Text("Users page: %1 added to the user list; all are online.").arg(m_options.users.join(Text(" and "))),
+         [this] { return OpenAddUser(); }, [this] { return AddUsers(); }},
+        {Text("Search page: \"%1\" typed; all have answered.").arg(m_options.search), [this] { return Search(); },
+         [this] { return LookForAnswers(); }},
+        {Text("The folder of \"%1\" selected, \"Download Folder\" clicked.").arg(m_options.name),
+         [this] { return DownloadFolder(); }, l_always},
+        {Text("A file of %1 selected, Return pressed.").arg(l_last), [this] { return DownloadFile(); }, l_always},
+        {Text("Transfers page: all is complete."),
+         [this] {
+             hands::TurnTo(Find<QTreeWidget>("downloadsList"));
+             return true;
+         },
+         [this] { return FollowDownloads(); }},
+        {Text("The file here and the one that %1 shares have the same SHA-256.").arg(l_first), nullptr,
+         [this] { return CheckDigest(); }},
+        {Text("Shares page: \"Browse user's files\" chosen from the menu of %1; the list is here.").arg(l_first),
+         [this] { return ChooseFromMenu(Text("Browse user's files")); }, [this] { return LookThroughShare(); }},
+        {Text("Rooms page: the room \"%1\" made.").arg(RoomName()), [this] { return OpenCreateRoom(); },
+         [this] { return NameRoom(); }},
+        {Text("Said in it: %1").arg(Greeting()), [this] { return Say("roomsPage", Greeting()); },
+         [this] { return LookForChat("roomsPage", Greeting()); }},
+        {Text("Chat page: \"Message user\" chosen from the menu of %1.").arg(l_first),
+         [this] { return ChooseFromMenu(Text("Message user")); },
+         [this] { return LookForChat("chatPage", QString()); }},
+        {Text("Told %1: %2").arg(l_first, Greeting()), [this] { return Say("chatPage", Greeting()); },
+         [this] { return LookForChat("chatPage", Greeting()); }},
+        {Text("Diagnostics page: the log of the transfers."), [this] { return TurnToLog(); }, l_always},
+        {Text("Pictures of all pages lie in %1.").arg(m_options.pictureFolder), nullptr,
+         [this] { return TakePictures(); }},
     };
-    // The log tells the download's road, so it is the page worth a picture.
-    if (QTabWidget* const lp_diagnostics = m_window.findChild<QTabWidget*>(QStringLiteral("tabWidget"))) {
-        lp_diagnostics->setCurrentIndex(lp_diagnostics->count() - 1);
-    }
-    m_clock.start();
-    connect(&m_lookTimer, &QTimer::timeout, this, &Newcomer::OnLook);
-    m_lookTimer.start(20);
 }
 
-void Newcomer::OnLook() {
-    const Step& l_step = m_steps[m_next];
-    const double l_seconds = static_cast<double>(m_clock.elapsed()) / 1000;
-    switch (l_step.look()) {
-    case Outcome::NotYet:
-        if (l_seconds > m_options.secondsAtMost) {
-            Print(tr("FAILED after %1 s, still waiting for: %2").arg(l_seconds, 0, 'f', 0).arg(l_step.what));
-            End(1);
-        }
-        return;
-    case Outcome::Failed:
-        Print(tr("FAILED: %1").arg(l_step.what));
-        End(1);
-        return;
-    case Outcome::Done:
-        Print(tr("%1 s  %2").arg(l_seconds, 6, 'f', 2).arg(l_step.what));
-        if (++m_next == m_steps.size()) {
-            End(0);
-        }
-    }
+template <class Widget>
+Widget* Newcomer::Find(const char* ip_name, const char* ip_page) const {
+    const QWidget* const lp_page = m_window.findChild<QWidget*>(QLatin1String(ip_page));
+    return lp_page ? lp_page->findChild<Widget*>(QLatin1String(ip_name)) : nullptr;
 }
 
-void Newcomer::End(int i_status) {
-    m_lookTimer.stop();
-    QCoreApplication::exit(i_status);
+QLineEdit* Newcomer::DialogEdit(const char* ip_edit) const {
+    QLineEdit* const lp_edit = m_window.findChild<QLineEdit*>(QLatin1String(ip_edit));
+    return lp_edit && lp_edit->isActiveWindow() ? lp_edit : nullptr;
 }
 
-Newcomer::Outcome Newcomer::LookForLogin() {
-    return gp_server->IsConnected() ? Outcome::Done : Outcome::NotYet;
+// --- The users ---
+
+bool Newcomer::OpenAddUser() {
+    QTreeWidget* const lp_list = Find<QTreeWidget>("userList");
+    hands::TurnTo(lp_list);
+    hands::Click(lp_list->viewport());
+    return hands::ClickButton(actionBar, Text("Add User"));
 }
 
-Newcomer::Outcome Newcomer::LookForUsers() {
-    bool l_isEveryoneOnline = true;
-    for (const QString& l_user : m_options.users) {
-        gp_server->TrackUser(ToUtf8(l_user)); // asks once
-        l_isEveryoneOnline = l_isEveryoneOnline && d.GetType("user")->HasItem(ToUtf8(l_user)).IsConnected("is_online");
-    }
-    return l_isEveryoneOnline ? Outcome::Done : Outcome::NotYet;
-}
-
-Newcomer::Outcome Newcomer::LookForAnswers() {
-    for (const QString& l_user : m_options.users) {
-        if (d.GetType("user")->HasItem(ToUtf8(l_user)).IsConnected("search_results")) {
-            continue;
-        }
-        if (m_searchedAt < 0 || m_clock.elapsed() - m_searchedAt > g_searchAgainAfter) {
-            gp_server->FileSearch(ToUtf8(m_options.search), false);
-            m_searchedAt = m_clock.elapsed();
-        }
+Outcome Newcomer::AddUsers() {
+    QLineEdit* const lp_edit = DialogEdit("userNameEdit");
+    if (!lp_edit) {
         return Outcome::NotYet;
     }
-    ForEachAnswer([](const ItemPtr& i_user, const ItemPtr& i_file) {
-        Print(tr("          %1: %2 (%3 bytes)")
-                  .arg(ToQString(i_user.AsView()), ToQString(i_file["search_result_file_name"].AsView()),
-                       ToQString(i_file["search_result_file_size"].AsView())));
-    });
+    for (const QString& l_user : m_options.users) {
+        const QTreeWidgetItem* const lp_row = hands::FindRow(Find<QTreeWidget>("userList"), {l_user});
+        if (!lp_row && !lp_edit->isReadOnly() && (!m_sinceTry.isValid() || m_sinceTry.hasExpired(g_askAgainAfter))) {
+            hands::Type(lp_edit, l_user);
+            hands::Press(Qt::Key_Return, lp_edit);
+            m_sinceTry.start();
+        }
+        if (!lp_row || lp_row->text(OnlineStatus).isEmpty()) {
+            return Outcome::NotYet;
+        }
+    }
+    hands::Press(Qt::Key_Escape, lp_edit);
     return Outcome::Done;
 }
 
-Newcomer::Outcome Newcomer::QueueDownload() {
-    ForEachAnswer([this](const ItemPtr& i_user, const ItemPtr& i_file) {
-        if (ToQString(i_user.AsView()) == m_options.users.first() &&
-            ToQString(i_file["search_result_file_name"].AsView()) == m_options.name) {
-            transferQueueManager->AddDownload(i_user.AsString(), i_file["search_result_file_name"].AsString(),
-                                              i_file["search_result_file_folder"].AsString(),
-                                              i_file["search_result_file_size"].ToInt64().value_or(0), 0);
+// --- The search ---
+
+QTreeWidgetItem* Newcomer::ResultOf(const QString& i_user) const {
+    const QTreeWidget* const lp_tree = Find<QTreeWidget>("searchResultsTreeWidget");
+    return lp_tree ? hands::FindRow(lp_tree, {i_user}) : nullptr;
+}
+
+QTreeWidgetItem* Newcomer::WantedResult() const {
+    const QTreeWidgetItem* const lp_user = ResultOf(m_options.users.first());
+    for (int l_folder = 0; lp_user && l_folder < lp_user->childCount(); ++l_folder) {
+        for (int l_file = 0; l_file < lp_user->child(l_folder)->childCount(); ++l_file) {
+            if (lp_user->child(l_folder)->child(l_file)->text(File) == m_options.name) {
+                return lp_user->child(l_folder)->child(l_file);
+            }
         }
-    });
-    return TheDownload() ? Outcome::Done : Outcome::Failed;
-}
-
-// A small file may be complete before anyone looks.
-Newcomer::Outcome Newcomer::LookForProgress() {
-    const std::string l_status = DownloadStatus();
-    return l_status == "downloading" || l_status == "complete" ? Outcome::Done : Outcome::NotYet;
-}
-
-Newcomer::Outcome Newcomer::LookForCompletion() {
-    const std::string l_status = DownloadStatus();
-    if (l_status == "denied" || l_status == "local error") {
-        return Outcome::Failed;
     }
-    return l_status == "complete" ? Outcome::Done : Outcome::NotYet;
+    return nullptr;
 }
 
-Newcomer::Outcome Newcomer::CheckDigest() {
+bool Newcomer::Search() {
+    QLineEdit* const lp_edit = Find<QLineEdit>("searchEdit");
+    hands::TurnTo(lp_edit);
+    hands::Type(lp_edit, m_options.search);
+    hands::Press(Qt::Key_Return, lp_edit);
+    m_sinceTry.start();
+    return true;
+}
+
+Outcome Newcomer::LookForAnswers() {
+    const bool l_haveAllAnswered = std::all_of(m_options.users.begin(), m_options.users.end(),
+                                               [this](const QString& i_user) { return ResultOf(i_user); });
+    if (l_haveAllAnswered && WantedResult()) {
+        NoteAnswers();
+        return Outcome::Done;
+    }
+    if (m_sinceTry.hasExpired(g_searchAgainAfter)) {
+        hands::Press(Qt::CTRL | Qt::Key_W, Find<QTreeWidget>("searchResultsTreeWidget"));
+        Search();
+    }
+    return Outcome::NotYet;
+}
+
+void Newcomer::NoteAnswers() const {
+    for (const QTreeWidgetItem* const lp_file : Leaves(Find<QTreeWidget>("searchResultsTreeWidget"))) {
+        m_player.Note(Text("%1 has %2, %3 bytes")
+                          .arg(lp_file->parent()->parent()->text(0), lp_file->text(File), lp_file->text(Size)));
+    }
+}
+
+// --- The downloads ---
+
+bool Newcomer::DownloadFolder() {
+    hands::ClickRow(WantedResult()->parent());
+    return hands::ClickButton(actionBar, Text("Download Folder"));
+}
+
+bool Newcomer::DownloadFile() {
+    hands::ClickRow(ResultOf(m_options.users.last())->child(0)->child(0));
+    hands::Press(Qt::Key_Return);
+    return true;
+}
+
+// They may be too fast for each of their states to be seen.
+Outcome Newcomer::FollowDownloads() {
+    QStringList l_now;
+    bool l_isAllComplete = true;
+    for (const QTreeWidgetItem* const lp_file : Leaves(Find<QTreeWidget>("downloadsList"))) {
+        const QString l_status = lp_file->text(Status);
+        const QString l_progress = lp_file->data(Progress, Qt::AccessibleTextRole).toString();
+        l_now += Text("%1: %2  %3").arg(lp_file->text(TransferFile), l_status, l_progress).trimmed();
+        l_isAllComplete = l_isAllComplete && l_status == QLatin1String("complete");
+        if (l_status == QLatin1String("denied") || l_status == QLatin1String("local error")) {
+            return Outcome::Failed;
+        }
+    }
+    for (const QString& l_line : l_now) {
+        if (!m_downloads.contains(l_line)) {
+            m_player.Note(l_line);
+        }
+    }
+    m_downloads = l_now;
+    return !l_now.isEmpty() && l_isAllComplete ? Outcome::Done : Outcome::NotYet;
+}
+
+Outcome Newcomer::CheckDigest() const {
     QFile l_file(m_options.file);
     QCryptographicHash l_hash(QCryptographicHash::Sha256);
-    const bool l_read = l_file.open(QIODevice::ReadOnly) && l_hash.addData(&l_file);
+    const bool l_isRead = l_file.open(QIODevice::ReadOnly) && l_hash.addData(&l_file);
     const QString l_digest = QString::fromLatin1(l_hash.result().toHex());
-    Print(tr("          %1").arg(l_read ? l_digest : tr("%1 cannot be read").arg(m_options.file)));
-    return l_read && l_digest == m_options.sha256 ? Outcome::Done : Outcome::Failed;
+    m_player.Note(l_isRead ? l_digest : Text("%1 cannot be read").arg(m_options.file));
+    return l_isRead && l_digest == m_options.sha256 ? Outcome::Done : Outcome::Failed;
 }
+
+// --- A user's shares, a room, a chat, the log ---
+
+bool Newcomer::ChooseFromMenu(const QString& i_entry) {
+    QTreeWidgetItem* const lp_row = ResultOf(m_options.users.first());
+    hands::TurnTo(lp_row->treeWidget());
+    return hands::Choose(hands::OpenMenu(lp_row), i_entry);
+}
+
+Outcome Newcomer::LookThroughShare() const {
+    QTreeWidget* const lp_folders = Find<QTreeWidget>("folderTree", "sharesForm");
+    const QLabel* const lp_counts = Find<QLabel>("shareCounts", "sharesForm");
+    if (!lp_folders || lp_counts->text().isEmpty()) {
+        return Outcome::NotYet;
+    }
+    hands::TurnTo(lp_folders);
+    const auto l_found = lp_folders->findItems(QFileInfo(m_options.file).dir().dirName(), Qt::MatchRecursive);
+    if (l_found.isEmpty()) {
+        return Outcome::Failed;
+    }
+    hands::ClickRow(l_found.first());
+    m_player.Note(lp_counts->text());
+    return Outcome::Done;
+}
+
+bool Newcomer::OpenCreateRoom() {
+    QTreeWidget* const lp_rooms = Find<QTreeWidget>("roomList");
+    hands::TurnTo(lp_rooms);
+    hands::Click(lp_rooms->viewport());
+    return hands::ClickButton(actionBar, Text("Create Room"));
+}
+
+Outcome Newcomer::NameRoom() const {
+    if (QLineEdit* const lp_edit = DialogEdit("roomNameEdit"); lp_edit && lp_edit->text().isEmpty()) {
+        hands::Type(lp_edit, RoomName());
+        hands::Press(Qt::Key_Return, lp_edit);
+    }
+    return LookForChat("roomsPage", QString());
+}
+
+bool Newcomer::Say(const char* ip_page, const QString& i_text) {
+    QLineEdit* const lp_edit = Find<QLineEdit>("chatEdit", ip_page);
+    hands::Type(lp_edit, i_text);
+    hands::Press(Qt::Key_Return, lp_edit);
+    return true;
+}
+
+Outcome Newcomer::LookForChat(const char* ip_page, const QString& i_text) const {
+    const QTextBrowser* const lp_view = Find<QTextBrowser>("chatView", ip_page);
+    return lp_view && lp_view->isVisible() && lp_view->toPlainText().contains(i_text) ? Outcome::Done : Outcome::NotYet;
+}
+
+bool Newcomer::TurnToLog() const {
+    const QTabWidget* const lp_logs = Find<QTabWidget>("logTabWidget");
+    for (int l_log = 0; l_log < lp_logs->count(); ++l_log) {
+        if (lp_logs->tabText(l_log) == QLatin1String("Transfer Queue")) {
+            hands::TurnTo(lp_logs->widget(l_log));
+            return true;
+        }
+    }
+    return false;
+}
+
+// --- The pictures ---
 
 // A page that has just been turned up is laid out when the event loop comes back, so one look turns, the next one
 // shoots.
-Newcomer::Outcome Newcomer::TakePictures() {
-    QTabWidget* const lp_tabs = m_window.findChild<QTabWidget*>(QStringLiteral("tabControl"));
-    if (!lp_tabs || !QDir().mkpath(m_options.pictureFolder)) {
-        return Outcome::Failed;
-    }
-    if (lp_tabs->currentIndex() != m_pictures) {
-        lp_tabs->setCurrentIndex(m_pictures);
+Outcome Newcomer::TakePictures() {
+    QTabWidget* const lp_pages = m_window.findChild<QTabWidget*>(QStringLiteral("tabControl"));
+    const int l_page = static_cast<int>(m_pictures.size());
+    if (lp_pages->currentIndex() != l_page) {
+        hands::TurnTo(lp_pages->widget(l_page));
         return Outcome::NotYet;
     }
-    if (!SavePicture(QStringLiteral("%1-%2").arg(m_pictures + 1).arg(lp_tabs->tabText(m_pictures).toLower()))) {
+    const QString l_name = QStringLiteral("%1-%2.png").arg(l_page + 1).arg(lp_pages->tabText(l_page).toLower());
+    if (!QDir().mkpath(m_options.pictureFolder) ||
+        !m_window.grab().save(QDir(m_options.pictureFolder).filePath(l_name))) {
         return Outcome::Failed;
     }
-    return ++m_pictures == lp_tabs->count() ? Outcome::Done : Outcome::NotYet;
-}
-
-bool Newcomer::SavePicture(const QString& i_name) {
-    const QString l_path = QStringLiteral("%1/%2.png").arg(m_options.pictureFolder, i_name);
-    Print(tr("          %1").arg(l_path));
-    return m_window.grab().save(l_path);
+    m_pictures += l_name;
+    if (m_pictures.size() < lp_pages->count()) {
+        return Outcome::NotYet;
+    }
+    m_player.Note(m_pictures.join(QStringLiteral(", ")));
+    return Outcome::Done;
 }

@@ -1,65 +1,70 @@
-// Plays someone's first minute with the program: the same window, driven by nobody. A search goes out, its answers are
-// printed, one of them is queued, and the download is watched until it has arrived. For machines without a display.
+// Plays someone's first minutes with the program: its own window, by mouse and keys. The newcomer finds the other
+// users, searches, downloads what was found and checks it, looks through what a user shares, talks, and takes a picture
+// of each page. For machines without a display.
 #pragma once
 
+#include "player.h"
+
 #include <QElapsedTimer>
-#include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 
-#include <functional>
 #include <vector>
 
 class MainWindow;
+class QLineEdit;
+class QTreeWidget;
+class QTreeWidgetItem;
 
 struct NewcomerOptions {
     QString search;        // what is searched
     QStringList users;     // who must answer; the first of them has the file
-    QString name;          // of the file to download
+    QString name;          // of the file, which is downloaded with its folder
     QString file;          // where the finished download must lie
     QString sha256;        // and its digest, in hexadecimal
     QString pictureFolder; // for pictures of the window, made if missing
     int secondsAtMost = 120;
 };
 
-// Goes through its steps in order, each as soon as it is true, prints them, and ends the event loop: with status 0
-// after the last one, with 1 when one failed or the time is over.
-class Newcomer : public QObject {
-    Q_OBJECT
-
+class Newcomer {
 public:
-    Newcomer(MainWindow& i_window, NewcomerOptions i_options);
+    // Both outlive the newcomer.
+    Newcomer(MainWindow& i_window, Player& i_player, NewcomerOptions i_options);
 
-    // A signal may end the loop before that.
-    bool HasSeenAll() const { return m_next == m_steps.size(); }
+    // In their order, for as long as the newcomer lives.
+    std::vector<Step> Steps();
 
 private:
-    enum class Outcome { NotYet, Done, Failed };
-    struct Step {
-        QString what;
-        std::function<Outcome()> look;
-    };
+    // Of the pages; null where there is none of the name.
+    template <class Widget>
+    Widget* Find(const char* ip_name, const char* ip_page = "tabControl") const;
+    // The line of a dialog that is open and active, or null.
+    QLineEdit* DialogEdit(const char* ip_name) const;
+    QTreeWidgetItem* ResultOf(const QString& i_user) const;
+    QTreeWidgetItem* WantedResult() const;
 
-    void OnLook();
-    void End(int i_status);
-
-    Outcome LookForLogin();
-    Outcome LookForUsers();
+    bool OpenAddUser();
+    Outcome AddUsers();
+    bool Search();
     Outcome LookForAnswers();
-    Outcome QueueDownload();
-    Outcome LookForProgress();
-    Outcome LookForCompletion();
-    Outcome CheckDigest();
+    void NoteAnswers() const;
+    bool DownloadFolder();
+    bool DownloadFile();
+    Outcome FollowDownloads();
+    Outcome CheckDigest() const;
+    bool ChooseFromMenu(const QString& i_entry);
+    Outcome LookThroughShare() const;
+    bool OpenCreateRoom();
+    Outcome NameRoom() const;
+    bool Say(const char* ip_page, const QString& i_text);
+    Outcome LookForChat(const char* ip_page, const QString& i_text) const;
+    bool TurnToLog() const;
     Outcome TakePictures();
-    bool SavePicture(const QString& i_name);
 
     MainWindow& m_window;
-    NewcomerOptions m_options;
-    std::vector<Step> m_steps;
-    std::size_t m_next = 0;
-    qint64 m_searchedAt = -1; // on m_clock; -1 before the first search
-    int m_pictures = 0;       // taken so far, one of each page
-    QElapsedTimer m_clock;
-    QTimer m_lookTimer;
+    Player& m_player;
+    const NewcomerOptions m_options;
+    QElapsedTimer m_sinceTry; // to add a user, or to search
+    QStringList m_downloads;  // as printed last
+    QStringList m_pictures;   // taken so far, one of each page
 };

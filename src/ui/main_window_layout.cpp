@@ -133,8 +133,9 @@ void MainWindowLayout::MakeRoomsPage() {
     roomList->setUniformRowHeights(true);
     roomList->setAllColumnsShowFocus(true);
     roomList->setSortingEnabled(true);
-    new EmptyListHint(roomList, Text("No rooms yet. They are listed when you are connected, and \"Create Room\" makes "
-                                     "a new one."));
+    new EmptyListHint(roomList,
+                      Text("The list is empty. \"Refresh Room List\" asks the server for it, \"Create Room\" makes "
+                           "a new one."));
 
     roomSplitter = Named(new QSplitter(Qt::Horizontal), "roomSplitter");
     roomSplitter->addWidget(roomsTabControl);

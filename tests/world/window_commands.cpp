@@ -104,11 +104,14 @@ void AddWindowCommands(Commands& io_commands) {
     };
     io_commands["rows"] = [](const Arguments& i_words) { return Rows(Find<QTreeWidget>(i_words.at(1))); };
     io_commands["text"] = [](const Arguments& i_words) { return Find<QLineEdit>(i_words.at(1))->text(); };
-    l_add("type", [](const Arguments& i_words) {
+    io_commands["type"] = [](const Arguments& i_words) {
         QLineEdit* const lp_edit = Find<QLineEdit>(i_words.at(1));
+        if (!hands::Activate(lp_edit))
+            return false;
         hands::Type(lp_edit, ToQString(i_words.at(2)));
         hands::Press(Qt::Key_Return, lp_edit);
-    });
+        return true;
+    };
     l_add("turn", [](const Arguments& i_words) { hands::TurnTo(Find<QWidget>(i_words.at(1))); });
     l_add("press", [](const Arguments& i_words) { hands::Press(QKeySequence(ToQString(i_words.at(1)))); });
     io_commands["button"] = [](const Arguments& i_words) {

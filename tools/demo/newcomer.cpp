@@ -5,6 +5,7 @@
 #include "ui/action_set_tool_bar.h"
 #include "ui/main_window.h"
 
+#include <QApplication>
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
@@ -103,7 +104,7 @@ Widget* Newcomer::Find(const char* ip_name, const char* ip_page) const {
 
 QLineEdit* Newcomer::DialogEdit(const char* ip_edit) const {
     QLineEdit* const lp_edit = m_window.findChild<QLineEdit*>(QLatin1String(ip_edit));
-    return lp_edit && lp_edit->isActiveWindow() ? lp_edit : nullptr;
+    return lp_edit && lp_edit->window() == QApplication::activeWindow() ? lp_edit : nullptr;
 }
 
 // --- The users ---

@@ -52,6 +52,13 @@ QPoint MiddleOf(QTreeWidgetItem* ip_row) {
 
 namespace hands {
 
+bool Activate(QWidget* ip_widget) {
+    constexpr int l_patience = 30'000; // milliseconds
+    ip_widget->activateWindow();
+    // Qt's own wait is content with a dialog whose window is active.
+    return QTest::qWaitFor([&] { return QApplication::activeWindow() == ip_widget->window(); }, l_patience);
+}
+
 void TurnTo(QWidget* ip_widget) {
     if (ip_widget->parentWidget()) {
         TurnTo(ip_widget->parentWidget());

@@ -14,6 +14,9 @@ class QWidget;
 
 namespace hands {
 
+// Brings the widget's window to the front and comes back when it is active; false if that takes half a minute.
+[[nodiscard]] bool Activate(QWidget* ip_widget);
+
 // Clicks the tabs that the widget lies behind, from the window inwards.
 void TurnTo(QWidget* ip_widget);
 

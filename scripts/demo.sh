@@ -3,6 +3,7 @@
 
 bin=$PWD/build/release/bin
 demo=$PWD/demo
+room="Boat house" # where everybody meets
 started=() # process ids, in the order of starting
 
 # Ends what was started, the last first, and waits. Everything saves its state on SIGTERM within two seconds; whoever
@@ -91,6 +92,7 @@ make_home() {
   "$bin/tidewell-store" set "$store" listening_port "$port"
   "$bin/tidewell-store" set "$store" use_upnp no
   "$bin/tidewell-store" set "$store" download_folder "$home/Downloads"
+  "$bin/tidewell-store" autojoin "$store" "$room"
 }
 
 start_server() {

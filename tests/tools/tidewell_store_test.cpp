@@ -157,10 +157,16 @@ TEST_F(TidewellStore, PutsUsersIntoTheUserList) {
                       "user_list_group\n  \"family\"\n    in_user_list\n  \"friends\"\n    in_user_list\n");
 }
 
+TEST_F(TidewellStore, HasRoomsEnteredAtTheLogin) {
+    Do("autojoin", {"Harbour"});
+    Do("autojoin", {"Harbour"});
+    EXPECT_EQ(Dump(), "room\n  \"Harbour\"\n    room_autojoin\nroom_autojoin\n  -\n    room=Harbour\n");
+}
+
 TEST_F(TidewellStore, TellsHowItIsUsed) {
     const Outcome l_help = RunStore({"--help"});
     EXPECT_EQ(l_help.status, 0);
-    for (const char* l_verb : {"dump", "get", "set", "share", "unshare", "want", "friend"})
+    for (const char* l_verb : {"dump", "get", "set", "share", "unshare", "want", "friend", "autojoin"})
         EXPECT_THAT(l_help.output, HasSubstr(std::string("\n  ") + l_verb + " FILE"));
 
     const std::vector<std::vector<std::string>> l_wrong = {{},

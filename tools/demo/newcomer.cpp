@@ -13,7 +13,9 @@
 #include <QKeySequence>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
+#include <QMenuBar>
 #include <QPixmap>
 #include <QTabWidget>
 #include <QTextBrowser>
@@ -33,10 +35,6 @@ enum { TransferFile = 2, Status, Progress }; // columns of the list of downloads
 
 QString Text(const char* ip_text) {
     return Player::tr(ip_text);
-}
-
-QString RoomName() {
-    return Text("Boat house");
 }
 
 QString Greeting() {
@@ -81,8 +79,8 @@ std::vector<Step> Newcomer::Steps() {
          [this] { return CheckDigest(); }},
         {Text("Shares page: \"Browse user's files\" chosen from the menu of %1; the list is here.").arg(l_first),
          [this] { return ChooseFromMenu(Text("Browse user's files")); }, [this] { return LookThroughShare(); }},
-        {Text("Rooms page: the room \"%1\" made.").arg(RoomName()), [this] { return OpenCreateRoom(); },
-         [this] { return NameRoom(); }},
+        {Text("Rooms page: all are in the room that everybody enters at the login."), [this] { return TurnToRoom(); },
+         [this] { return LookForUsersOfRoom(); }},
         {Text("Said in it: %1").arg(Greeting()), [this] { return Say("roomsPage", Greeting()); },
          [this] { return LookForChat("roomsPage", Greeting()); }},
         {Text("Chat page: \"Message user\" chosen from the menu of %1.").arg(l_first),
@@ -93,6 +91,8 @@ std::vector<Step> Newcomer::Steps() {
         {Text("Diagnostics page: the log of the transfers."), [this] { return TurnToLog(); }, l_always},
         {Text("Pictures of all pages lie in %1.").arg(m_options.pictureFolder), nullptr,
          [this] { return TakePictures(); }},
+        {Text("\"Data\" chosen from the menu \"Connection\": the item store, pictured too."),
+         [this] { return OpenStoreBrowser(); }, [this] { return LookThroughStore(); }},
     };
 }
 
@@ -110,7 +110,7 @@ QLineEdit* Newcomer::DialogEdit(const char* ip_edit) const {
 // --- The users ---
 
 bool Newcomer::OpenAddUser() {
-    QTreeWidget* const lp_list = Find<QTreeWidget>("userList");
+    QTreeWidget* const lp_list = Find<QTreeWidget>("userList", "userListForm");
     hands::TurnTo(lp_list);
     hands::Click(lp_list->viewport());
     return hands::ClickButton(actionBar, Text("Add User"));
@@ -122,7 +122,7 @@ Outcome Newcomer::AddUsers() {
         return Outcome::NotYet;
     }
     for (const QString& l_user : m_options.users) {
-        const QTreeWidgetItem* const lp_row = hands::FindRow(Find<QTreeWidget>("userList"), {l_user});
+        const QTreeWidgetItem* const lp_row = hands::FindRow(Find<QTreeWidget>("userList", "userListForm"), {l_user});
         if (!lp_row && !lp_edit->isReadOnly() && (!m_sinceTry.isValid() || m_sinceTry.hasExpired(g_askAgainAfter))) {
             hands::Type(lp_edit, l_user);
             hands::Press(Qt::Key_Return, lp_edit);
@@ -253,19 +253,16 @@ Outcome Newcomer::LookThroughShare() const {
     return Outcome::Done;
 }
 
-bool Newcomer::OpenCreateRoom() {
-    QTreeWidget* const lp_rooms = Find<QTreeWidget>("roomList");
-    hands::TurnTo(lp_rooms);
-    hands::Click(lp_rooms->viewport());
-    return hands::ClickButton(actionBar, Text("Create Room"));
+bool Newcomer::TurnToRoom() const {
+    hands::TurnTo(Find<QTreeWidget>("roomList"));
+    return true;
 }
 
-Outcome Newcomer::NameRoom() const {
-    if (QLineEdit* const lp_edit = DialogEdit("roomNameEdit"); lp_edit && lp_edit->text().isEmpty()) {
-        hands::Type(lp_edit, RoomName());
-        hands::Press(Qt::Key_Return, lp_edit);
-    }
-    return LookForChat("roomsPage", QString());
+Outcome Newcomer::LookForUsersOfRoom() const {
+    const QTreeWidget* const lp_users = Find<QTreeWidget>("userList", "roomsPage");
+    const auto l_isHere = [lp_users](const QString& i_user) { return hands::FindRow(lp_users, {i_user}); };
+    return lp_users && std::all_of(m_options.users.begin(), m_options.users.end(), l_isHere) ? Outcome::Done
+                                                                                             : Outcome::NotYet;
 }
 
 bool Newcomer::Say(const char* ip_page, const QString& i_text) {
@@ -291,7 +288,37 @@ bool Newcomer::TurnToLog() const {
     return false;
 }
 
+bool Newcomer::OpenStoreBrowser() {
+    QMenu* const lp_menu = m_window.menuBar()->findChild<QMenu*>();
+    lp_menu->popup(m_window.menuBar()->mapToGlobal(m_window.menuBar()->rect().bottomLeft()));
+    return hands::Choose(lp_menu, Text("&Data"));
+}
+
+Outcome Newcomer::LookThroughStore() {
+    QTreeWidget* const lp_types = Find<QTreeWidget>("typeList", "dataDialog");
+    QListWidget* const lp_items = Find<QListWidget>("itemList", "dataDialog");
+    if (!lp_types || !lp_types->isActiveWindow()) {
+        return Outcome::NotYet;
+    }
+    hands::ClickRow(hands::FindRow(lp_types, {QStringLiteral("user")}));
+    const QList<QListWidgetItem*> l_users = lp_items->findItems(m_options.users.first(), Qt::MatchExactly);
+    if (l_users.isEmpty()) {
+        return Outcome::Failed;
+    }
+    hands::ClickRow(l_users.first());
+    const bool l_isTaken = SavePicture(*lp_types->window(), QStringLiteral("data"));
+    m_player.Note(m_pictures.last());
+    lp_types->window()->close();
+    return l_isTaken ? Outcome::Done : Outcome::Failed;
+}
+
 // --- The pictures ---
+
+bool Newcomer::SavePicture(QWidget& i_window, const QString& i_name) {
+    m_pictures += QStringLiteral("%1-%2.png").arg(m_pictures.size() + 1).arg(i_name);
+    return QDir().mkpath(m_options.pictureFolder) &&
+           i_window.grab().save(QDir(m_options.pictureFolder).filePath(m_pictures.last()));
+}
 
 // A page that has just been turned up is laid out when the event loop comes back, so one look turns, the next one
 // shoots.
@@ -302,12 +329,9 @@ Outcome Newcomer::TakePictures() {
         hands::TurnTo(lp_pages->widget(l_page));
         return Outcome::NotYet;
     }
-    const QString l_name = QStringLiteral("%1-%2.png").arg(l_page + 1).arg(lp_pages->tabText(l_page).toLower());
-    if (!QDir().mkpath(m_options.pictureFolder) ||
-        !m_window.grab().save(QDir(m_options.pictureFolder).filePath(l_name))) {
+    if (!SavePicture(m_window, lp_pages->tabText(l_page).toLower())) {
         return Outcome::Failed;
     }
-    m_pictures += l_name;
     if (m_pictures.size() < lp_pages->count()) {
         return Outcome::NotYet;
     }

@@ -54,17 +54,20 @@ private:
     Outcome CheckDigest() const;
     bool ChooseFromMenu(const QString& i_entry);
     Outcome LookThroughShare() const;
-    bool OpenCreateRoom();
-    Outcome NameRoom() const;
+    bool TurnToRoom() const;
+    Outcome LookForUsersOfRoom() const;
     bool Say(const char* ip_page, const QString& i_text);
     Outcome LookForChat(const char* ip_page, const QString& i_text) const;
     bool TurnToLog() const;
     Outcome TakePictures();
+    bool SavePicture(QWidget& i_window, const QString& i_name);
+    bool OpenStoreBrowser();
+    Outcome LookThroughStore();
 
     MainWindow& m_window;
     Player& m_player;
     const NewcomerOptions m_options;
     QElapsedTimer m_sinceTry; // to add a user, or to search
     QStringList m_downloads;  // as printed last
-    QStringList m_pictures;   // taken so far, one of each page
+    QStringList m_pictures;   // taken so far
 };

@@ -5,6 +5,7 @@
 #include <QContextMenuEvent>
 #include <QKeySequence>
 #include <QLineEdit>
+#include <QListWidget>
 #include <QMenu>
 #include <QStringList>
 #include <QTabBar>
@@ -112,6 +113,12 @@ QTreeWidgetItem* FindRow(const QTreeWidget* ip_tree, const QStringList& i_path) 
 
 void ClickRow(QTreeWidgetItem* ip_row, Qt::KeyboardModifiers i_modifiers) {
     QTest::mouseClick(ip_row->treeWidget()->viewport(), Qt::LeftButton, i_modifiers, MiddleOf(ip_row));
+}
+
+void ClickRow(QListWidgetItem* ip_row) {
+    QListWidget* const lp_list = ip_row->listWidget();
+    lp_list->scrollToItem(ip_row);
+    QTest::mouseClick(lp_list->viewport(), Qt::LeftButton, {}, lp_list->visualItemRect(ip_row).center());
 }
 
 QMenu* OpenMenu(QTreeWidgetItem* ip_row) {

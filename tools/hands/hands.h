@@ -6,6 +6,7 @@
 
 class QKeySequence;
 class QLineEdit;
+class QListWidgetItem;
 class QMenu;
 class QToolBar;
 class QTreeWidget;
@@ -35,6 +36,7 @@ bool ClickButton(const QToolBar* ip_bar, const QString& i_text);
 QTreeWidgetItem* FindRow(const QTreeWidget* ip_tree, const QStringList& i_path);
 // Scrolls the row into sight and clicks it; with Ctrl held down it joins those selected before.
 void ClickRow(QTreeWidgetItem* ip_row, Qt::KeyboardModifiers i_modifiers = Qt::NoModifier);
+void ClickRow(QListWidgetItem* ip_row);
 // The menu under the right button. Null if none opens.
 QMenu* OpenMenu(QTreeWidgetItem* ip_row);
 // Clicks the entry of the open menu; false if it has none of that text.

@@ -133,6 +133,15 @@ Complaint RunFriend(const Arguments& i_arguments) {
     return std::nullopt;
 }
 
+Complaint RunAutojoin(const Arguments& i_arguments) {
+    if (i_arguments[0].empty())
+        return "A room needs a name.";
+    const ItemPtr l_room = d.GetType("room")->GetItem(i_arguments[0]);
+    if (!l_room.IsConnected("room_autojoin"))
+        l_room.NewItem("room_autojoin");
+    return std::nullopt;
+}
+
 } // namespace
 
 const std::vector<Verb>& Verbs() {
@@ -147,6 +156,7 @@ const std::vector<Verb>& Verbs() {
          RunWant},
         {"friend", "USER [GROUP...]", "put a user into the user list and into these groups", 1, c_anyNumber, true,
          RunFriend},
+        {"autojoin", "ROOM", "enter a room at every login", 1, 1, true, RunAutojoin},
     };
     return l_verbs;
 }

@@ -18,6 +18,7 @@
 #include "sharing/user_share_remover.h"
 #include "store/data.h"
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
 #include <QThread>
@@ -76,7 +77,7 @@ Q_SIGNALS:
     // A file whose audio attributes are not known yet; sent at each walk until it has `is_scanned`. Each byte of the
     // path is one Latin-1 character.
     void MP3ScanRequired(QString i_path);
-    // During a walk, at most every 100 ms: how many files this walk has met so far.
+    // During a walk that takes its time, some ten times a second: how many files this walk has met so far.
     void WalkProgressed(int i_files);
 
 private Q_SLOTS:
@@ -94,12 +95,15 @@ private:
     Item* AddFile(Item* ip_folder, std::string_view i_name, long long i_size);
     void FileFound(Item* ip_file, const FolderListing& i_listing, std::string_view i_name, FolderIndexer& io_indexer);
     int RemoveUnreachedFolders();
+    void ReportProgress();
 
     void StartScanner();
     void StopScanner();
 
     int m_filesAdded = 0;
     int m_filesRemoved = 0;
+    int m_filesMet = 0; // by the walk under way
+    QElapsedTimer m_sinceProgress;
     SearchTokenCutter m_tokenCutter;
     UploadSlots* mp_uploadSlots = nullptr;
     // These need the Types.

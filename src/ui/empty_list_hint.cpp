@@ -34,7 +34,8 @@ bool EmptyListHint::eventFilter(QObject* ip_watched, QEvent* ip_event) {
 
 void EmptyListHint::Update() {
     const bool l_isEmpty = mp_view->model()->rowCount() == 0;
+    // The place first: something that has none is measured when it is to be seen.
+    setGeometry(mp_view->viewport()->rect().adjusted(c_margin, c_margin, -c_margin, -c_margin));
     setVisible(l_isEmpty);
     mp_view->setAccessibleDescription(l_isEmpty ? text() : QString());
-    setGeometry(mp_view->viewport()->rect().adjusted(c_margin, c_margin, -c_margin, -c_margin));
 }

@@ -1,5 +1,7 @@
 #include "ui/icon_tool_bar.h"
 
+#include "ui/icon.h"
+
 #include <QAction>
 #include <QActionEvent>
 #include <QToolButton>
@@ -20,14 +22,14 @@ IconToolBar::IconToolBar(const QString& i_title, QWidget* ip_parent) : QToolBar(
     toggleViewAction()->setVisible(false);
     // Qt's own button for what the width of the window leaves no room for. Its arrows would be black on every palette.
     if (QToolButton* const lp_more = findChild<QToolButton*>(QStringLiteral("qt_toolbar_ext_button"))) {
-        lp_more->setIcon(QIcon(QStringLiteral(":/icons/more_icon")));
+        lp_more->setIcon(LoadIcon(QStringLiteral(":/icons/more_icon")));
         lp_more->setAccessibleName(tr("More actions"));
         lp_more->setFocusPolicy(Qt::TabFocus);
     }
 }
 
 QAction* IconToolBar::AddButton(const QString& i_icon, const QString& i_text) {
-    return addAction(QIcon(i_icon), i_text);
+    return addAction(LoadIcon(i_icon), i_text);
 }
 
 void IconToolBar::AddBlank() {

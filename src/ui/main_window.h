@@ -57,6 +57,7 @@ public:
 protected:
     void changeEvent(QEvent* ip_event) override;
     void moveEvent(QMoveEvent* ip_event) override;
+    void paintEvent(QPaintEvent* ip_event) override;
     void resizeEvent(QResizeEvent* ip_event) override;
 
 private:
@@ -145,6 +146,7 @@ private:
     std::unique_ptr<SearchReplies> mp_searchReplies; // given to the messenger
     Rows m_folderRows;
     QPointer<DataDialog> mp_dataDialog; // deletes itself when it is closed
+    bool m_needsLogin = false;          // nobody has said yet who they are; until the window is there to tell them so
 };
 
 extern MainWindow* mainWindow;

@@ -2,13 +2,13 @@
 #include "ui/main_window.h"
 
 #include "net/server.h"
+#include "ui/icon.h"
 #include "ui/main_window_layout.h"
 #include "ui/message_box.h"
 #include "ui/status_watch.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QIcon>
 
 namespace {
 
@@ -59,7 +59,7 @@ void MainWindow::OnConnectionFailed(std::string i_reason) {
 }
 
 void MainWindow::SetApplicationIcon(QString i_resource) {
-    const QIcon l_icon(i_resource);
+    const QIcon l_icon = LoadIcon(i_resource);
     QApplication::setWindowIcon(l_icon);
     setWindowIcon(l_icon);
 }

@@ -40,6 +40,8 @@
 #include <QTabWidget>
 #include <QTreeWidget>
 
+#include <utility>
+
 MainWindow* mainWindow = nullptr;
 
 namespace {
@@ -199,7 +201,7 @@ void MainWindow::LogIn() {
     if (HasSetting("username")) {
         gp_server->Connect();
     } else {
-        LeadToLogin();
+        m_needsLogin = true;
     }
 }
 
@@ -277,6 +279,14 @@ void MainWindow::moveEvent(QMoveEvent* ip_event) {
     QMainWindow::moveEvent(ip_event);
     if (mp_sizeProxy) {
         mp_sizeProxy->OnMoved();
+    }
+}
+
+// A box must not come before the window that it speaks of.
+void MainWindow::paintEvent(QPaintEvent* ip_event) {
+    QMainWindow::paintEvent(ip_event);
+    if (std::exchange(m_needsLogin, false)) {
+        QMetaObject::invokeMethod(this, &MainWindow::LeadToLogin, Qt::QueuedConnection);
     }
 }
 

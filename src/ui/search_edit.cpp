@@ -2,6 +2,7 @@
 
 #include "app/text.h"
 #include "search/search_history.h"
+#include "ui/icon.h"
 
 #include <QAbstractItemView>
 #include <QAction>
@@ -32,7 +33,7 @@ void SearchEdit::AddHistoryMenu() {
         ReloadHistory();
     });
 
-    QAction* const lp_button = addAction(QIcon(QStringLiteral(":/icons/history_icon")), QLineEdit::TrailingPosition);
+    QAction* const lp_button = addAction(LoadIcon(QStringLiteral(":/icons/history_icon")), QLineEdit::TrailingPosition);
     lp_button->setText(tr("Earlier searches"));
     lp_button->setToolTip(tr("Earlier searches (Alt+Down)"));
     lp_button->setShortcut(QKeySequence(Qt::ALT | Qt::Key_Down));

@@ -10,6 +10,7 @@
 #include "ui/empty_tabs_hint.h"
 #include "ui/event_tool_bar.h"
 #include "ui/focus_widget.h"
+#include "ui/icon.h"
 #include "ui/search_arrivals.h"
 #include "ui/search_edit.h"
 #include "ui/search_placement.h"
@@ -138,7 +139,7 @@ void SearchForm::CreateSearchForm(unsigned int i_token, const std::string& i_tex
     const ItemPtr l_widget = d.GetType("search_results_widget")->GetItem(static_cast<QWidget*>(lp_form));
     l_widget.Connect(l_request);
     SetUpTab(lp_form, l_widget);
-    const int l_index = mp_tabs->addTab(lp_form, QIcon(l_icon), TitleText(i_text));
+    const int l_index = mp_tabs->addTab(lp_form, LoadIcon(l_icon), TitleText(i_text));
     mp_tabs->setTabToolTip(l_index, ToolTipText(i_text));
     lp_form->setAccessibleName(LabelText(i_text));
     if (l_wish) {

@@ -3,6 +3,7 @@
 #include "app/text.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/display_text.h"
+#include "ui/icon.h"
 
 #include <QCoreApplication>
 
@@ -45,11 +46,11 @@ FileMark MarkOf(ItemPtr i_result) {
 QIcon MarkIcon(FileMark i_mark) {
     switch (i_mark) {
     case FileMark::Queued:
-        return QIcon(QStringLiteral(":/icons/mark_queued"));
+        return LoadIcon(QStringLiteral(":/icons/mark_queued"));
     case FileMark::Complete:
-        return QIcon(QStringLiteral(":/icons/mark_complete"));
+        return LoadIcon(QStringLiteral(":/icons/mark_complete"));
     case FileMark::Shared:
-        return QIcon(QStringLiteral(":/icons/mark_shared"));
+        return LoadIcon(QStringLiteral(":/icons/mark_shared"));
     case FileMark::None:
         break;
     }

@@ -4,12 +4,12 @@
 #include "store/data.h"
 #include "transfers/transfer_queue_manager.h"
 #include "ui/focus_widget.h"
+#include "ui/icon.h"
 #include "ui/main_window.h"
 #include "ui/user_groups_dialog.h"
 
 #include <QAction>
 #include <QByteArray>
-#include <QIcon>
 #include <QMenu>
 
 namespace {
@@ -36,7 +36,7 @@ QWidget* ShareTab(const std::string& i_user) {
 
 UserMenuOptions::UserMenuOptions(QMenu* ip_menu, std::string i_user, QObject* ip_parent) : QObject(ip_parent) {
     const auto l_add = [&](const QString& i_text, const char* ip_icon, void (UserMenuOptions::*i_slot)()) {
-        QAction* const lp_action = ip_menu->addAction(QIcon(QLatin1String(ip_icon)), i_text);
+        QAction* const lp_action = ip_menu->addAction(LoadIcon(QLatin1String(ip_icon)), i_text);
         lp_action->setData(QByteArray::fromStdString(i_user));
         connect(lp_action, &QAction::triggered, this, i_slot);
     };

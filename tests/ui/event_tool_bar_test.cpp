@@ -114,6 +114,7 @@ TEST_F(EventToolBarTest, ForeignTextIsShownAndNothingElse) {
 class BlinkingIcon : public WindowTest {};
 
 TEST_F(BlinkingIcon, GoesThroughTheAlertsUntilTheUserIsBack) {
+    SeedUser(1); // nobody listens there, and no box asks for a name
     Open();
     if (!eventToolBar) {
         new EventToolBar(m_window.get());

@@ -49,12 +49,12 @@ protected:
 } // namespace
 
 TEST_F(MainWindowTest, FirstStartAsksForAUserNameAndConnectsNowhere) {
-    Open();
+    OpenAndShow();
     EXPECT_EQ(mainWindow, m_window.get());
     EXPECT_TRUE(timerManager->HalfMinuteTimer()->isActive());
 
+    ASSERT_TRUE(WaitFor([] { return OpenDialog<QMessageBox>() != nullptr; }));
     QMessageBox* const lp_box = OpenDialog<QMessageBox>();
-    ASSERT_TRUE(lp_box);
     EXPECT_EQ(lp_box->windowTitle().toStdString(), "No Username");
     EXPECT_EQ(lp_box->text().toStdString(),
               "You do not yet have a username set. Please set one from the Options tab and use "

@@ -15,6 +15,7 @@
 #include <QContextMenuEvent>
 #include <QHeaderView>
 #include <QMenu>
+#include <QMessageBox>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -61,6 +62,7 @@ protected:
         m_window->show();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(m_window.get()));
         // A start without a user name asks for one.
+        ASSERT_TRUE(WaitFor([] { return OpenDialog<QMessageBox>() != nullptr; }));
         ASSERT_TRUE(QTest::qWaitFor([this] {
             for (QDialog* lp_first : m_window->findChildren<QDialog*>()) {
                 lp_first->close();

@@ -3,9 +3,10 @@
 #include "app/text.h"
 #include "store/data.h"
 #include "ui/dialog_parts.h"
-#include "ui/display_text.h"
+#include "ui/empty_list_hint.h"
 #include "ui/folder_chooser.h"
 #include "ui/row_name.h"
+#include "ui/user_list_name_rows.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -19,9 +20,8 @@ AddSharedFolderDialog::AddSharedFolderDialog(QWidget* ip_parent) : QDialog(ip_pa
     setWindowTitle(tr("Add Shared Folder"));
     setAttribute(Qt::WA_DeleteOnClose);
     BuildLayout();
-    for (const Item* lp_group : g("user_list_group").SortAlphabetic(true)) {
-        QListWidgetItem* const lp_row = new QListWidgetItem(CellText(lp_group->AsView()), mp_groupsListWidget);
-        SetRowName(*lp_row, lp_group->AsView());
+    for (const Item* lp_group : g("user_list_group")) {
+        QListWidgetItem* const lp_row = AddNameRow(mp_groupsListWidget, lp_group->AsView());
         lp_row->setFlags(lp_row->flags() | Qt::ItemIsUserCheckable);
         lp_row->setCheckState(Qt::Unchecked);
     }
@@ -47,6 +47,8 @@ void AddSharedFolderDialog::BuildLayout() {
     mp_groupsListWidget = new QListWidget;
     mp_groupsListWidget->setObjectName(QStringLiteral("groupsListWidget"));
     mp_groupsListWidget->setEnabled(false);
+    PrepareNameList(mp_groupsListWidget);
+    new EmptyListHint(mp_groupsListWidget, tr("There are no groups yet. They are made where a user's groups are set."));
     QLabel* const lp_groupsLabel = new QLabel(tr("Folder accessible to specific user list groups:"));
     lp_groupsLabel->setBuddy(mp_groupsListWidget);
     mp_groupsListWidget->setAccessibleName(lp_groupsLabel->text());

@@ -12,6 +12,7 @@
 #include "ui/event_tool_bar.h"
 #include "ui/focus_widget.h"
 #include "ui/ignore_list.h"
+#include "ui/tab_page.h"
 
 #include <QHBoxLayout>
 
@@ -66,6 +67,7 @@ void ChatForm::BuildLayout() {
 
     QHBoxLayout* const lp_outer = new QHBoxLayout(this);
     lp_outer->setObjectName(QStringLiteral("horizontalLayout"));
+    UseWholeTab(lp_outer);
     QVBoxLayout* const lp_layout = new QVBoxLayout;
     lp_layout->setObjectName(QStringLiteral("verticalLayout"));
     lp_outer->addLayout(lp_layout);

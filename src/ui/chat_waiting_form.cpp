@@ -3,6 +3,7 @@
 #include "net/limits.h"
 #include "ui/display_text.h"
 #include "ui/event_tool_bar.h"
+#include "ui/tab_page.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -42,6 +43,7 @@ ChatWaitingForm::ChatWaitingForm(QWidget* ip_parent) : QWidget(ip_parent) {
     lp_dismiss->setObjectName(QStringLiteral("dismissWaiting"));
 
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
+    UseWholeTab(lp_layout);
     QHBoxLayout* const lp_buttons = new QHBoxLayout;
     lp_layout->addWidget(lp_label);
     lp_layout->addWidget(mp_list);

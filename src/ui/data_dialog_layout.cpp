@@ -2,6 +2,7 @@
 #include "ui/data_dialog.h"
 
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -78,6 +79,8 @@ QWidget* DataDialog::MakeTypePane() {
 
     mp_typeList = Named(new QTreeWidget, "typeList");
     mp_typeList->setHeaderLabels({tr("Type"), QString(), tr("#")});
+    mp_typeList->header()->setStretchLastSection(false); // the names give way: the counts are to be seen
+    mp_typeList->header()->setSectionResizeMode(0, QHeaderView::Stretch);
     mp_typeList->setRootIsDecorated(false);
     mp_typeList->setUniformRowHeights(true);
     mp_typeList->setAllColumnsShowFocus(true);

@@ -10,6 +10,7 @@
 #include "ui/search_form.h"
 #include "ui/shares_form.h"
 #include "ui/status_bar.h"
+#include "ui/tab_page.h"
 #include "ui/transfers_form.h"
 #include "ui/user_list_form.h"
 
@@ -80,6 +81,7 @@ MainWindowLayout::MainWindowLayout(MainWindow* ip_window) {
     ip_window->addToolBar(Qt::TopToolBarArea, mainToolBar);
 
     AddPages(ip_window);
+    DropFrames();
     tabControl->setCurrentWidget(roomsPage);
     ip_window->setCentralWidget(tabControl);
 
@@ -118,6 +120,14 @@ void MainWindowLayout::AddPages(MainWindow* ip_window) {
     tabControl->addTab(sharesForm, Text("Shares"));
     tabControl->addTab(optionsPage, Text("Options"));
     tabControl->addTab(diagnosticsForm, Text("Diagnostics"));
+}
+
+// Tabs lie in tabs: frames in frames would take room, and time to paint.
+void MainWindowLayout::DropFrames() {
+    tabControl->setDocumentMode(true);
+    for (QTabWidget* const lp_tabs : tabControl->findChildren<QTabWidget*>()) {
+        lp_tabs->setDocumentMode(true);
+    }
 }
 
 void MainWindowLayout::MakeRoomsPage() {
@@ -174,6 +184,7 @@ void MainWindowLayout::MakeLoginPage() {
 
     loginPage = Named(new QWidget, "loginPage");
     QFormLayout* const lp_layout = new QFormLayout(loginPage);
+    UseWholeTab(lp_layout);
     lp_layout->addRow(Text("Username"), usernameEdit);
     lp_layout->addRow(Text("Server"), serverHostEdit);
     lp_layout->addRow(Text("Server port"), serverPortEdit);
@@ -191,11 +202,13 @@ void MainWindowLayout::MakeFileSharingPage() {
     sharedFoldersList->setAllColumnsShowFocus(true);
     sharedFoldersList->setSelectionMode(QAbstractItemView::ExtendedSelection);
     sharedFoldersList->setAccessibleName(Text("Shared Folders"));
+    new EmptyListHint(sharedFoldersList, Text("You share nothing yet."));
     QLabel* const lp_foldersLabel = new QLabel(Text("Shared Folders"));
     lp_foldersLabel->setBuddy(sharedFoldersList);
 
     fileSharingPage = Named(new QWidget, "fileSharingPage");
     QVBoxLayout* const lp_layout = new QVBoxLayout(fileSharingPage);
+    UseWholeTab(lp_layout);
     QFormLayout* const lp_form = new QFormLayout;
     lp_form->addRow(Text("Download Folder"), downloadFolderEdit);
     lp_layout->addLayout(lp_form);

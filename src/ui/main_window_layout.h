@@ -68,6 +68,7 @@ struct MainWindowLayout {
 private:
     void AddMenu(MainWindow* ip_window);
     void AddPages(MainWindow* ip_window);
+    void DropFrames();
     void MakeRoomsPage();
     void MakeChatPage();
     void MakeOptionsPage();

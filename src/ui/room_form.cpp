@@ -10,11 +10,12 @@
 #include "ui/chat_view.h"
 #include "ui/display_text.h"
 #include "ui/event_tool_bar.h"
+#include "ui/icon.h"
 #include "ui/ignore_list.h"
 #include "ui/room_user_list.h"
 #include "ui/size_manager.h"
+#include "ui/tab_page.h"
 
-#include <QIcon>
 #include <QScrollBar>
 #include <QSplitter>
 #include <QTabWidget>
@@ -145,6 +146,7 @@ void RoomForm::BuildLayout() {
     mp_splitter->setStretchFactor(0, 1);
     mp_splitter->setStretchFactor(1, 0);
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
+    UseWholeTab(lp_layout);
     lp_layout->setObjectName(QStringLiteral("verticalLayout_2"));
     lp_layout->addWidget(mp_splitter);
     setFocusProxy(mp_chatEdit);
@@ -196,7 +198,7 @@ void RoomForm::Alert(const std::string& i_user) {
 void RoomForm::MarkTab(bool i_isMarked) {
     for (QWidget* lp_outer = parentWidget(); lp_outer; lp_outer = lp_outer->parentWidget()) {
         if (QTabWidget* const lp_tabs = qobject_cast<QTabWidget*>(lp_outer)) {
-            lp_tabs->setTabIcon(lp_tabs->indexOf(this), i_isMarked ? QIcon(g_alertIcon) : QIcon());
+            lp_tabs->setTabIcon(lp_tabs->indexOf(this), i_isMarked ? LoadIcon(g_alertIcon) : QIcon());
             return;
         }
     }

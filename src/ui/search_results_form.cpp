@@ -3,6 +3,7 @@
 #include "ui/event_tool_bar.h"
 #include "ui/search_filter_bar.h"
 #include "ui/search_results_tree.h"
+#include "ui/tab_page.h"
 
 #include <QLabel>
 #include <QLineEdit>
@@ -40,6 +41,7 @@ SearchResultsForm::SearchResultsForm(QWidget* ip_parent) : QWidget(ip_parent) {
     setFocusProxy(mp_tree);
 
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
+    UseWholeTab(lp_layout);
     lp_layout->addWidget(mp_filterBar);
     lp_layout->addWidget(mp_tree, 1);
     lp_layout->addWidget(mp_counts);

@@ -8,6 +8,7 @@
 #include "ui/event_tool_bar.h"
 #include "ui/share_downloads.h"
 #include "ui/share_rows.h"
+#include "ui/tab_page.h"
 #include "ui/transfer_text.h"
 #include "ui/transfer_types.h"
 
@@ -110,6 +111,7 @@ void ShareForm::BuildLayout() {
     mp_counts->setTextFormat(Qt::PlainText);
 
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
+    UseWholeTab(lp_layout);
     lp_layout->addWidget(mp_notice);
     lp_layout->addLayout(lp_filter);
     lp_layout->addWidget(mp_splitter, 1);

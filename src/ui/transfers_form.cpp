@@ -8,6 +8,7 @@
 #include "ui/empty_list_hint.h"
 #include "ui/message_box.h"
 #include "ui/size_manager.h"
+#include "ui/tab_page.h"
 #include "ui/transfer_actions.h"
 #include "ui/transfer_counts.h"
 #include "ui/transfer_list.h"
@@ -54,6 +55,7 @@ QWidget* MakePage(TransferTree* ip_tree, QHBoxLayout* ip_controls) {
     QWidget* const lp_page = new QWidget;
     lp_page->setFocusProxy(ip_tree);
     QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
+    UseWholeTab(lp_layout);
     lp_layout->addWidget(ip_tree);
     lp_layout->addLayout(ip_controls);
     return lp_page;

@@ -10,6 +10,7 @@
 #include "ui/main_window.h"
 #include "ui/row_name.h"
 #include "ui/size_manager.h"
+#include "ui/tab_page.h"
 #include "ui/user_group_config_dialog.h"
 #include "ui/user_list_ignore_dialog.h"
 #include "ui/user_list_row.h"
@@ -129,6 +130,7 @@ QWidget* UserListForm::MakePage(const char* ip_name, QTreeWidget* ip_list) {
     lp_page->setObjectName(QLatin1String(ip_name));
     lp_page->setFocusProxy(ip_list);
     QVBoxLayout* const lp_layout = new QVBoxLayout(lp_page);
+    UseWholeTab(lp_layout);
     lp_layout->addWidget(ip_list);
     return lp_page;
 }

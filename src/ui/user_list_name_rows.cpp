@@ -1,5 +1,6 @@
 #include "ui/user_list_name_rows.h"
 
+#include "ui/check_frame.h"
 #include "ui/display_text.h"
 #include "ui/row_name.h"
 
@@ -23,7 +24,6 @@ int PlaceOf(const QListWidget* ip_list, const QString& i_text) {
     return l_low;
 }
 
-// Styles frame a check box in a shade of the window's colour, which cannot be seen on a dark list.
 class NameRowDelegate : public QStyledItemDelegate {
 public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -31,10 +31,7 @@ public:
 protected:
     void initStyleOption(QStyleOptionViewItem* o_option, const QModelIndex& i_index) const override {
         QStyledItemDelegate::initStyleOption(o_option, i_index);
-        QPalette& l_palette = o_option->palette;
-        if (l_palette.color(QPalette::Base).lightness() < l_palette.color(QPalette::Text).lightness()) {
-            l_palette.setColor(QPalette::Window, l_palette.color(QPalette::Text));
-        }
+        FrameOnDarkList(o_option->palette);
     }
 };
 

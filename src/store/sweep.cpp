@@ -2,10 +2,12 @@
 //
 // By definition it puts every item in a working set, lets each root item take out what chains of connections to
 // items of non-root Types lead to (no Type twice on a chain, an item walked on from only when first reached), and
-// removes what is left. Two shortcuts give the same answer without touching most items. Root items always take
-// out themselves, so they are in no set. And most attribute Types are related to root Types alone; their items end
-// every chain, so each of them is reached exactly if it has a neighbour. Only Types among which chains can run on are
-// walked as defined, in the defined order: Types by name, items by address, connected Types by address.
+// removes what is left. Three shortcuts give the same answer without touching most items. Root items always take
+// out themselves, so they are in no set. Most attribute Types are related to root Types alone; their items end every
+// chain, so each of them is reached exactly if it has a neighbour. And a leaf Type, which is related to a single other
+// Type, is come to from there alone, so that its items end every chain, too: each is reached exactly if a neighbour is.
+// Only Types among which chains can run on are walked as defined, in the defined order: Types by name, items by
+// address, connected Types by address.
 #include "store/data.h"
 #include "store/neighbours_walk.h"
 
@@ -23,11 +25,14 @@ private:
     void ForgetBorn();
     ItemList FindOwnerless() const;
     bool LacksOwner(const Item& i_item, const Relations& i_owners) const;
+    bool IsLeaf(const Type& i_type) const;
     bool IsWalked(const Type& i_type) const;
     void MarkReachable();
     void MarkItemConnections(Item* ip_item);
     ItemList FindUnreached() const;
-    bool IsReached(const Item& i_item) const;
+    void AddUnreached(const Type& i_type, ItemList& io_items) const;
+    static bool IsReached(const Item& i_item);
+    static bool IsReachedFrom(const Item& i_item, const Relation& i_stem);
     int RemoveAll(ItemList& io_items, bool i_stopAfterInnerSweep);
 
     Data& m_data;
@@ -96,8 +101,15 @@ bool CleanSweep::LacksOwner(const Item& i_item, const Relations& i_owners) const
     });
 }
 
+bool CleanSweep::IsLeaf(const Type& i_type) const {
+    if (!m_isShort || i_type.m_isRoot || i_type.m_relations.size() != 1)
+        return false;
+    const Type& l_stem = *i_type.m_relations.front()->other;
+    return !l_stem.m_isRoot && l_stem.m_relations.size() > 1;
+}
+
 bool CleanSweep::IsWalked(const Type& i_type) const {
-    return !i_type.m_isRoot &&
+    return !i_type.m_isRoot && !IsLeaf(i_type) &&
            (!m_isShort || std::any_of(i_type.m_relations.begin(), i_type.m_relations.end(),
                                       [](const auto& i_relation) { return !i_relation->other->m_isRoot; }));
 }
@@ -105,7 +117,8 @@ bool CleanSweep::IsWalked(const Type& i_type) const {
 void CleanSweep::MarkReachable() {
     m_isShort = m_data.m_bornInSweep.empty() && m_data.m_halfLinks.empty();
     for (const auto& [l_name, lp_type] : m_data.m_types) {
-        if (IsWalked(*lp_type)) {
+        lp_type->m_isWalked = IsWalked(*lp_type);
+        if (lp_type->m_isWalked) {
             lp_type->m_items.ForEach([](Item* ip_item) {
                 if (!ip_item->Is(Item::BornInSweep))
                     ip_item->Set(Item::Unmarked);
@@ -117,7 +130,7 @@ void CleanSweep::MarkReachable() {
             continue;
         Relations l_ways;
         for (const Relation* lp_relation : lp_type->m_relationsByAddress) {
-            if (IsWalked(*lp_relation->other) && lp_relation->other->CountItems() > 0)
+            if (lp_relation->other->m_isWalked && lp_relation->other->CountItems() > 0)
                 l_ways.push_back(lp_relation);
         }
         if (l_ways.empty())
@@ -138,7 +151,7 @@ void CleanSweep::MarkItemConnections(Item* ip_item) {
     l_type.m_isOnChain = true;
     ip_item->Unset(Item::Unmarked);
     for (const Relation* lp_relation : l_type.m_relationsByAddress) {
-        if (!lp_relation->other->m_isRoot) {
+        if (lp_relation->other->m_isWalked) {
             std::as_const(*ip_item).Slot(lp_relation->slot).ForEach([this](Item* ip_other) {
                 MarkItemConnections(ip_other);
             });
@@ -147,24 +160,36 @@ void CleanSweep::MarkItemConnections(Item* ip_item) {
     l_type.m_isOnChain = false;
 }
 
+// The leaves first: to see which of the others are reached.
 ItemList CleanSweep::FindUnreached() const {
     ItemList l_items;
-    for (const auto& [l_name, lp_type] : m_data.m_types) {
-        if (lp_type->m_isRoot)
-            continue;
-        const bool l_isWalked = IsWalked(*lp_type);
-        lp_type->m_items.ForEach([&](Item* ip_item) {
-            if (l_isWalked ? !ip_item->Is(Item::Unmarked) : IsReached(*ip_item))
-                return;
-            ip_item->Unset(Item::Unmarked);
-            l_items.push_back(ip_item);
-        });
+    for (const bool l_areLeaves : {true, false}) {
+        for (const auto& [l_name, lp_type] : m_data.m_types) {
+            if (!lp_type->m_isRoot && IsLeaf(*lp_type) == l_areLeaves)
+                AddUnreached(*lp_type, l_items);
+        }
     }
     return l_items;
 }
 
-bool CleanSweep::IsReached(const Item& i_item) const {
+void CleanSweep::AddUnreached(const Type& i_type, ItemList& io_items) const {
+    const Relation* const lp_stem = IsLeaf(i_type) ? i_type.m_relations.front().get() : nullptr;
+    i_type.m_items.ForEach([&](Item* ip_item) {
+        if (i_type.m_isWalked ? !ip_item->Is(Item::Unmarked)
+            : lp_stem         ? IsReachedFrom(*ip_item, *lp_stem)
+                              : IsReached(*ip_item))
+            return;
+        ip_item->Unset(Item::Unmarked);
+        io_items.push_back(ip_item);
+    });
+}
+
+bool CleanSweep::IsReached(const Item& i_item) {
     return !i_item.IsDisconnectedFromAll();
+}
+
+bool CleanSweep::IsReachedFrom(const Item& i_item, const Relation& i_stem) {
+    return i_item.Slot(i_stem.slot).AnyOf([](const Item* ip_other) { return !ip_other->Is(Item::Unmarked); });
 }
 
 int CleanSweep::RemoveAll(ItemList& io_items, bool i_stopAfterInnerSweep) {

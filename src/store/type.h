@@ -112,7 +112,9 @@ private:
     bool m_isRoot;
     bool m_isNull;
     bool m_autoCreate;
-    bool m_isOnChain = false; // scratch of the sweep
+    // Scratch of the sweep.
+    bool m_isOnChain = false;
+    bool m_isWalked = false;
 
     std::vector<std::unique_ptr<Relation>> m_relations; // by slot
     std::vector<std::uint16_t> m_slotOf;                // by the other Type's number

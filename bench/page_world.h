@@ -8,6 +8,7 @@
 #include "net/server.h"
 #include "peer/peer_messenger.h"
 #include "processor_time.h"
+#include "resident_memory.h"
 #include "sharing/shared_folders_manager.h"
 #include "store/data_saver.h"
 #include "transfers/transfer_queue_manager.h"
@@ -21,11 +22,9 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <memory>
+#include <optional>
 #include <string>
-
-#include <malloc.h>
 
 class PageWorld {
 public:
@@ -71,15 +70,6 @@ private:
     QTemporaryDir m_home;
 };
 
-// Of physical memory in use, in MiB, without what is free for the next allocation.
-inline double ResidentMiB() {
-    malloc_trim(0);
-    std::ifstream l_file("/proc/self/statm");
-    long l_pages = 0;
-    l_file >> l_pages >> l_pages;
-    return static_cast<double>(l_pages) * 4096 / (1024 * 1024);
-}
-
 // Milliseconds that this thread, the main one, works: a busy machine does not blur them.
 template <class Work>
 double Time(Work i_work) {
@@ -88,9 +78,12 @@ double Time(Work i_work) {
     return (ThreadMicroseconds() - l_before) / 1000;
 }
 
-// A figure with its limit; what exceeds it is said so.
-inline void Judge(const char* ip_what, double i_milliseconds, double i_limit) {
-    std::printf("%-66s %8.1f ms (wanted: under %.0f)  %s\n", ip_what, i_milliseconds, i_limit,
-                i_milliseconds < i_limit ? "ok" : "MISSED");
+// A figure with its limit, if there is one; what exceeds it is said so.
+inline void Judge(const char* ip_what, double i_milliseconds, std::optional<double> i_limit) {
+    std::printf("%-40s %8.1f ms", ip_what, i_milliseconds);
+    if (i_limit) {
+        std::printf(" (wanted: under %.0f)  %s", *i_limit, i_milliseconds < *i_limit ? "ok" : "MISSED");
+    }
+    std::printf("\n");
     std::fflush(stdout);
 }

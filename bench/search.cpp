@@ -7,6 +7,7 @@
 #include "fts5_index.h"
 #include "generated_share.h"
 #include "processor_time.h"
+#include "resident_memory.h"
 
 #include "app/settings.h"
 #include "app/timers.h"
@@ -22,14 +23,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <limits>
 #include <random>
 #include <string>
 #include <vector>
 
-#include <unistd.h>
 #include <zlib.h>
 
 namespace {
@@ -42,13 +41,6 @@ constexpr double c_wantedUnknown = 2; // us
 
 const char* Verdict(bool i_isGood) {
     return i_isGood ? "PASS" : "SHORT";
-}
-
-double ResidentBytes() {
-    double l_size = 0;
-    double l_resident = 0;
-    std::ifstream("/proc/self/statm") >> l_size >> l_resident;
-    return l_resident * static_cast<double>(sysconf(_SC_PAGESIZE));
 }
 
 void MeasureMemory(int i_files) {

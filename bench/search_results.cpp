@@ -7,6 +7,7 @@
 // a key.
 
 #include "heartbeat.h"
+#include "resident_memory.h"
 #include "ui/search_page.h"
 
 #include "net/limits.h"
@@ -20,7 +21,6 @@
 #include <algorithm>
 #include <cstdio>
 
-#include <malloc.h>
 #include <zlib.h>
 
 namespace {
@@ -79,14 +79,6 @@ double ProcessorMilliseconds() {
     return ThreadMicroseconds() / 1000;
 }
 
-double MebibytesInUse() {
-    return static_cast<double>(mallinfo2().uordblks + mallinfo2().hblkhd) / (1024 * 1024);
-}
-
-double BytesPerRow(double i_mebibytes) {
-    return i_mebibytes * 1024 * 1024 / c_rows;
-}
-
 int FileRows(const QTreeWidget* ip_tree) {
     int l_rows = 0;
     for (int l_user = 0; l_user < ip_tree->topLevelItemCount(); ++l_user) {
@@ -119,7 +111,7 @@ void Turn(int i_milliseconds) {
 
 double RunBurst(SearchPage& io_page, const std::vector<std::string>& i_packed) {
     const Heartbeat l_heartbeat;
-    const double l_memoryBefore = MebibytesInUse();
+    const double l_memoryBefore = ResidentBytes();
     const double l_workBefore = ProcessorMilliseconds();
     QElapsedTimer l_clock;
     l_clock.start();
@@ -148,7 +140,7 @@ double RunBurst(SearchPage& io_page, const std::vector<std::string>& i_packed) {
     std::printf("          all sorted %.0f ms after the last answer (wanted: under 1500)  %s\n", l_sorted - l_last,
                 Verdict(l_sorted - l_last < 1500));
     std::printf("memory    %.0f bytes a row: answer, node and row in the tree\n",
-                BytesPerRow(MebibytesInUse() - l_memoryBefore));
+                (ResidentBytes() - l_memoryBefore) / c_rows);
     return l_work;
 }
 
@@ -213,7 +205,7 @@ void Fill(QTreeWidgetItem* ip_parent, const std::vector<Texted>& i_rows) {
 }
 
 void RunYardstick(const std::vector<Texted>& i_rows, double i_work) {
-    const double l_memoryBefore = MebibytesInUse();
+    const double l_memoryBefore = ResidentBytes();
     const double l_before = ProcessorMilliseconds();
     QTreeWidget l_tree;
     l_tree.setColumnCount(SearchResultListItem::ColumnCount);
@@ -226,7 +218,7 @@ void RunYardstick(const std::vector<Texted>& i_rows, double i_work) {
     const double l_work = ProcessorMilliseconds() - l_before;
     std::printf("yardstick a bare QTreeWidget filled at once: %.0f ms of work, %.0f bytes a row; the burst takes %.1f "
                 "times the work\n",
-                l_work, BytesPerRow(MebibytesInUse() - l_memoryBefore), i_work / l_work);
+                l_work, (ResidentBytes() - l_memoryBefore) / c_rows, i_work / l_work);
 }
 
 } // namespace

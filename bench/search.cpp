@@ -104,11 +104,13 @@ Figures Times(const std::vector<Search>& i_searches, const std::function<void(co
 }
 
 // Rights included, at which FTS5 does not look.
-Figures Compare(const char* ip_kind, const std::vector<Search>& i_searches, Fts5Index& io_fts) {
+Figures Compare(const char* ip_kind, const std::vector<Search>& i_searches, Fts5Index& io_fts,
+                FileRoots& io_fileRoots) {
     std::size_t l_found = 0;
     const Figures l_ours = Times(i_searches, [&](const Search& i_search) {
-        l_found +=
-            FindSearchMatches(i_search.ours, [] { return sharedFoldersManager->GetUserSharedFolders("asker"); }).size();
+        l_found += FindSearchMatches(
+                       i_search.ours, [] { return sharedFoldersManager->GetUserSharedFolders("asker"); }, io_fileRoots)
+                       .size();
     });
     const Figures l_theirs = Times(i_searches, [&](const Search& i_search) { io_fts.Count(i_search.fts); });
     std::printf(
@@ -169,6 +171,7 @@ private:
 
 void MeasureSearches(int i_files) {
     Fts5Index l_fts;
+    FileRoots l_fileRoots;
     Searches l_searches(i_files);
     const auto l_make = [](const std::function<Search()>& i_one) {
         std::vector<Search> l_many(c_searches);
@@ -184,13 +187,13 @@ void MeasureSearches(int i_files) {
         std::printf("for an asker who may see %s\n", l_areAllVisible ? "all" : "one of the two roots");
         if (!l_areAllVisible)
             i("shared_folder", c_listedRoot).Disconnect("shared_public");
-        const Figures l_figures = Compare("unknown word", l_unknown, l_fts);
+        const Figures l_figures = Compare("unknown word", l_unknown, l_fts, l_fileRoots);
         std::printf("%-29s p99 %.2f us (wanted: under %.0f)  %s\n", "", l_figures.most, c_wantedUnknown,
                     Verdict(l_figures.most < c_wantedUnknown));
-        Compare("one rare word", l_rare, l_fts);
-        Compare("two common words, small meet", l_pairs, l_fts);
-        Compare("three words and an exclusion", l_three, l_fts);
-        Compare("a word over the limit", l_over, l_fts);
+        Compare("one rare word", l_rare, l_fts, l_fileRoots);
+        Compare("two common words, small meet", l_pairs, l_fts, l_fileRoots);
+        Compare("three words and an exclusion", l_three, l_fts, l_fileRoots);
+        Compare("a word over the limit", l_over, l_fts, l_fileRoots);
     }
 }
 

@@ -9,6 +9,7 @@
 #include "peer/peer_messenger.h"
 #include "peer/search_reply.h"
 #include "sharing/audio_attributes.h"
+#include "sharing/file_roots.h"
 #include "sharing/search_matches.h"
 #include "sharing/upload_slots.h"
 
@@ -57,7 +58,8 @@ void SharedFoldersManager::OnDNetSearchRequest(const std::string& i_user, quint3
 
 void SharedFoldersManager::ProcessSearch(const std::string& i_user, unsigned int i_requestToken,
                                          const std::string& i_text) {
-    const std::vector<Item*> l_files = FindSearchMatches(i_text, [&] { return GetUserSharedFolders(i_user); });
+    const std::vector<Item*> l_files = FindSearchMatches(
+        i_text, [&] { return GetUserSharedFolders(i_user); }, *mp_fileRoots);
     if (l_files.empty())
         return;
 

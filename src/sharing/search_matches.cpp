@@ -29,9 +29,9 @@ Tokens FindTokens(const SearchWordSet& i_words) {
 
 class Matching {
 public:
-    Matching(const SearchParser& i_parser, absl::FunctionRef<ItemSet()> i_visibleRoots)
+    Matching(const SearchParser& i_parser, absl::FunctionRef<ItemSet()> i_visibleRoots, FileRoots& io_fileRoots)
         : m_parts(i_parser.GetIncludedPartTokenSet()), m_excluded(i_parser.GetExcludedTokenSet()),
-          m_askRoots(i_visibleRoots) {}
+          m_askRoots(i_visibleRoots), m_fileRoots(io_fileRoots) {}
 
     // For the files that have all tokens, one after the other; true ends the search.
     bool Take(Item* ip_file) {
@@ -39,7 +39,10 @@ public:
             AskRoots();
         if (m_roots->empty())
             return true;
-        if (m_areAllVisible && !HasNameTests()) {
+        const FileRoots::Verdict l_verdict = VerdictByPlace(ip_file);
+        if (l_verdict == FileRoots::Verdict::Hidden)
+            return false;
+        if (l_verdict == FileRoots::Verdict::Visible && !HasNameTests()) {
             m_matches.push_back(ip_file);
             return IsTooMuch();
         }
@@ -93,6 +96,13 @@ private:
     void AskRoots() {
         m_roots = m_askRoots();
         m_areAllVisible = m_roots->size() == d.GetType("shared_folder")->CountItems();
+        if (!m_areAllVisible && !m_roots->empty())
+            m_sight.emplace(m_fileRoots, *m_roots);
+    }
+
+    // Every file is below some root: who may see all roots may see it.
+    FileRoots::Verdict VerdictByPlace(const Item* ip_file) {
+        return m_areAllVisible ? FileRoots::Verdict::Visible : m_sight->Of(ip_file);
     }
 
     bool HasNameTests() const { return !m_parts.empty() || !m_excluded.empty(); }
@@ -109,9 +119,9 @@ private:
                std::all_of(m_parts.begin(), m_parts.end(), l_occurs);
     }
 
-    // Every file is below some root: who may see all roots may see it. Files of one directory mostly follow each other.
+    // Files of one directory mostly follow each other.
     bool IsVisible(const Item* ip_file) {
-        if (m_areAllVisible)
+        if (VerdictByPlace(ip_file) == FileRoots::Verdict::Visible)
             return true;
         Item* const lp_folder = ip_file->HasItem("shared_file_folder").Get();
         if (lp_folder != mp_folder) {
@@ -126,8 +136,10 @@ private:
     const SearchWordSet& m_parts;
     const SearchWordSet& m_excluded;
     const absl::FunctionRef<ItemSet()> m_askRoots;
+    FileRoots& m_fileRoots;
     std::optional<ItemSet> m_roots;
     bool m_areAllVisible = false;
+    std::optional<FileRoots::Sight> m_sight;     // of who may see some of the roots
     absl::InlinedVector<Item*, c_batch> m_batch; // not yet looked at
     std::vector<Item*> m_matches;
     std::size_t m_wordTests = 0;
@@ -138,12 +150,13 @@ private:
 
 } // namespace
 
-std::vector<Item*> FindSearchMatches(std::string_view i_text, absl::FunctionRef<ItemSet()> i_visibleRoots) {
+std::vector<Item*> FindSearchMatches(std::string_view i_text, absl::FunctionRef<ItemSet()> i_visibleRoots,
+                                     FileRoots& io_fileRoots) {
     SearchParser l_parser;
     if (!l_parser.SetSearchText(i_text))
         return {};
     const Tokens l_tokens = FindTokens(l_parser.GetIncludedTokenSet());
-    Matching l_matching(l_parser, i_visibleRoots);
+    Matching l_matching(l_parser, i_visibleRoots, io_fileRoots);
     if (l_matching.IsTooCommon(l_tokens))
         return {};
     d.AnyOfSubset(l_tokens, "shared_file", [&](Item* ip_file) { return l_matching.Take(ip_file); });

@@ -5,6 +5,7 @@
 // on, and of each its name and then its rights.
 #pragma once
 
+#include "sharing/file_roots.h"
 #include "store/data.h"
 
 #include <absl/functional/function_ref.h>
@@ -18,4 +19,5 @@ constexpr std::size_t c_mostSearchMatches = 200;
 
 // Empty when nothing or too much matches, or the text is malformed. i_visibleRoots gives the `shared_folder` items
 // that the asking user may see; it is asked once at most, when some file has all the tokens.
-std::vector<Item*> FindSearchMatches(std::string_view i_text, absl::FunctionRef<ItemSet()> i_visibleRoots);
+std::vector<Item*> FindSearchMatches(std::string_view i_text, absl::FunctionRef<ItemSet()> i_visibleRoots,
+                                     FileRoots& io_fileRoots);

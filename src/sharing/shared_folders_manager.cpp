@@ -3,6 +3,7 @@
 #include "app/settings.h"
 #include "app/text.h"
 #include "net/server.h"
+#include "sharing/file_roots.h"
 #include "sharing/shares_schema.h"
 
 SharedFoldersManager* sharedFoldersManager = nullptr;
@@ -14,6 +15,7 @@ SharedFoldersManager::SharedFoldersManager(QObject* ip_parent) : QObject(ip_pare
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileNameAdded));
     d.GetType("shared_file_folder")
         ->m_itemAdded.AddHandler(MakeHandler(this, &SharedFoldersManager::OnSharedFileFolderAdded));
+    mp_fileRoots = std::make_unique<FileRoots>();
     mp_shareListBuilder = std::make_unique<ShareListBuilder>();
     mp_userShareBuilder = std::make_unique<UserShareBuilder>();
     mp_userShareRemover = std::make_unique<UserShareRemover>();

@@ -26,6 +26,7 @@
 #include <memory>
 #include <string>
 
+class FileRoots;
 class FolderIndexer;
 class FolderListing;
 class UploadSlots;
@@ -107,6 +108,7 @@ private:
     SearchTokenCutter m_tokenCutter;
     UploadSlots* mp_uploadSlots = nullptr;
     // These need the Types.
+    std::unique_ptr<FileRoots> mp_fileRoots;
     std::unique_ptr<ShareListBuilder> mp_shareListBuilder;
     std::unique_ptr<UserShareBuilder> mp_userShareBuilder;
     std::unique_ptr<UserShareRemover> mp_userShareRemover;

@@ -197,6 +197,20 @@ TEST_F(SearchAnswer, CountsOnlyWhatTheAskerMayHave) {
     EXPECT_THAT(Found("word", "member"), UnorderedElementsAre("word of public", "word of userlist", "word of group"));
     l_member.NewItem("unshared");
     EXPECT_THAT(Found("word", "member"), IsEmpty());
+
+    // Roots that come and go above files that have been asked for, in the midst of files that stay as they were.
+    m_tree.File("nobody/inner/word of inner");
+    Rescan();
+    EXPECT_THAT(Found("word"), ElementsAre("word of public"));
+    Share(m_tree.Path("nobody/inner"))->NewItem("shared_public");
+    EXPECT_THAT(Found("word"), UnorderedElementsAre("word of inner", "word of public"));
+    EXPECT_THAT(Found("word -inner"), ElementsAre("word of public"));
+    Share(m_tree.Path())->NewItem("shared_public");
+    EXPECT_THAT(Found("word"), IsEmpty()) << "too many by now";
+    sharedFoldersManager->UnshareFolder(m_tree.Path());
+    EXPECT_THAT(Found("word"), UnorderedElementsAre("word of inner", "word of public"));
+    sharedFoldersManager->UnshareFolder(m_tree.Path("nobody/inner"));
+    EXPECT_THAT(Found("word"), ElementsAre("word of public"));
 }
 
 TEST_F(SearchAnswer, NamesThatAreNotUtf8KeepTheirBytes) {

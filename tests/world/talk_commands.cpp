@@ -1,6 +1,7 @@
 #include "world/talk_commands.h"
 
 #include "app/text.h"
+#include "hands/hands.h"
 #include "store/data.h"
 #include "ui/chat_edit.h"
 #include "ui/chat_form.h"
@@ -13,9 +14,8 @@
 #include "ui/room_user_list_item.h"
 
 #include <QAction>
-#include <QCoreApplication>
 #include <QJsonArray>
-#include <QKeyEvent>
+#include <QKeySequence>
 
 namespace {
 
@@ -35,9 +35,11 @@ QJsonValue Write(QWidget* ip_talk, const std::string& i_text) {
     if (!ip_talk)
         return false;
     ChatEdit* const lp_edit = ip_talk->findChild<ChatEdit*>();
-    lp_edit->setText(ToQString(i_text));
-    QKeyEvent l_return(QEvent::KeyPress, Qt::Key_Return, Qt::NoModifier);
-    QCoreApplication::sendEvent(lp_edit, &l_return);
+    if (!hands::Activate(lp_edit))
+        return false;
+    hands::TurnTo(lp_edit);
+    hands::Type(lp_edit, ToQString(i_text));
+    hands::Press(Qt::Key_Return, lp_edit);
     return true;
 }
 

@@ -83,8 +83,9 @@ void Type(QLineEdit* ip_edit, const QString& i_text) {
     if (i_text.isEmpty()) {
         QTest::keyClick(ip_edit, Qt::Key_Delete);
     }
-    for (const QChar l_character : i_text) {
-        QTest::sendKeyEvent(QTest::Click, ip_edit, Qt::Key_unknown, QString(l_character), Qt::NoModifier);
+    // A key gives a whole character, which may be two QChars.
+    for (const char32_t l_character : i_text.toStdU32String()) {
+        QTest::sendKeyEvent(QTest::Click, ip_edit, Qt::Key_unknown, QString::fromUcs4(&l_character, 1), Qt::NoModifier);
     }
 }
 

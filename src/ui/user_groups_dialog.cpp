@@ -33,6 +33,7 @@ void UserGroupsDialog::BuildLayout() {
     new EmptyListHint(mp_groupListWidget, tr("There are no groups yet. Name the first one below."));
     QLabel* const lp_listLabel = new QLabel(tr("&Member of these groups:"));
     lp_listLabel->setBuddy(mp_groupListWidget);
+    mp_groupListWidget->setAccessibleName(tr("Groups of the user"));
 
     QDialogButtonBox* const lp_buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     NameEntry* const lp_newGroup =

@@ -34,6 +34,7 @@ void IgnoredUsersDialog::BuildLayout() {
     new EmptyListHint(mp_ignoredUsersList, tr("Nobody is ignored."));
     QLabel* const lp_label = new QLabel(tr("What these users &say is not shown and raises no alert:"));
     lp_label->setBuddy(mp_ignoredUsersList);
+    mp_ignoredUsersList->setAccessibleName(tr("Ignored users"));
     lp_label->setWordWrap(true);
 
     QDialogButtonBox* const lp_buttons = new QDialogButtonBox(QDialogButtonBox::Close);

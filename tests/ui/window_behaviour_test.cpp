@@ -9,12 +9,17 @@
 #include "sharing/shared_folders_manager.h"
 #include "ui/action_set_tool_bar.h"
 #include "ui/add_shared_folder_dialog.h"
+#include "ui/add_user_dialog.h"
 #include "ui/change_listening_port_dialog.h"
 #include "ui/change_server_dialog.h"
 #include "ui/change_username_password_dialog.h"
 #include "ui/create_room_dialog.h"
+#include "ui/data_dialog.h"
 #include "ui/shared_files_rescanned_dialog.h"
 #include "ui/status_watch.h"
+#include "ui/user_group_config_dialog.h"
+#include "ui/user_groups_dialog.h"
+#include "ui/user_list_ignore_dialog.h"
 
 #include <QAccessible>
 #include <QHeaderView>
@@ -175,18 +180,32 @@ TEST_F(WindowBehaviourTest, KeysReachEveryPaneAndComeBack) {
 }
 
 TEST_F(WindowBehaviourTest, AScreenReaderFindsNoNamelessControl) {
-    for (int l_page = 0; l_page < Pages()->count(); ++l_page) {
-        Pages()->setCurrentIndex(l_page);
-        EXPECT_EQ(Unnamed(m_window.get()), "") << Pages()->tabText(l_page).toStdString();
-    }
+    const auto l_walkPages = [this](const char* i_state) {
+        for (int l_page = 0; l_page < Pages()->count(); ++l_page) {
+            Pages()->setCurrentIndex(l_page);
+            EXPECT_EQ(Unnamed(m_window.get()), "") << i_state << Pages()->tabText(l_page).toStdString();
+        }
+    };
+    l_walkPages("empty ");
+    const ItemPtr l_bo = d.GetType("user")->GetItem("Bo");
+    d.GetType("room")->GetItem("harbour")->NewItem("in_room");
+    m_window->OpenChatForm("Bo");
+    Q_EMIT gp_server->SearchRequested(7, "tide", false);
+    l_bo.NewItem("user_share").NewItem("user_share_loaded");
+    l_walkPages("with a tab ");
+
     Find<QTabWidget>("optionsTabControl")->setCurrentIndex(1);
     Pages()->setCurrentIndex(6);
     EXPECT_EQ(Unnamed(m_window.get()), "") << "File Sharing";
     d.GetType("user_list_group")->GetItem("choir");
+    l_bo.NewItem("in_user_list");
     for (QDialog* const lp_dialog : std::initializer_list<QDialog*>{
              new ChangeUsernamePasswordDialog(m_window.get()), new ChangeListeningPortDialog(m_window.get()),
              new ChangeServerDialog(m_window.get()), new CreateRoomDialog(m_window.get()),
-             new AddSharedFolderDialog(m_window.get()), new SharedFilesRescannedDialog(m_window.get())}) {
+             new AddSharedFolderDialog(m_window.get()), new SharedFilesRescannedDialog(m_window.get()),
+             new UserGroupsDialog("Bo", m_window.get()), new UserGroupConfigDialog(m_window.get()),
+             new AddUserDialog(m_window.get()), new IgnoredUsersDialog(m_window.get()),
+             new DataDialog(&d, m_window.get())}) {
         lp_dialog->show();
         EXPECT_EQ(Unnamed(lp_dialog), "");
         lp_dialog->close();

@@ -3,6 +3,7 @@
 #include "app/quit_signals.h"
 #include "app/text.h"
 #include "ui/main_window.h"
+#include "ui/window_style.h"
 
 #include <QApplication>
 #include <QDir>
@@ -33,6 +34,7 @@ int main(int i_count, char** ip_arguments) {
         ShowTheOther(l_lock);
         return 0;
     }
+    QApplication::setStyle(new WindowStyle);
     MainWindow l_window;
     QObject::connect(&l_lock, &InstanceLock::Called, &l_window, &MainWindow::RaiseWindow);
     l_window.show();

@@ -6,6 +6,7 @@
 
 #include "net/server.h"
 #include "ui/main_window.h"
+#include "ui/window_style.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -13,7 +14,6 @@
 #include <QDir>
 #include <QNetworkProxy>
 #include <QPixmap>
-#include <QStyleFactory>
 
 #include <cstdio>
 
@@ -61,7 +61,7 @@ bool Take(const Scene& i_scene, const QString& i_folder, const QString& i_suffix
 int main(int i_count, char** ip_arguments) {
     QApplication l_application(i_count, ip_arguments);
     QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
-    QApplication::setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    QApplication::setStyle(new WindowStyle(QStringLiteral("Fusion")));
 
     QCommandLineParser l_parser;
     const QCommandLineOption l_dark(QStringLiteral("dark"), QStringLiteral("With a dark palette."));

@@ -2,14 +2,12 @@
 #include "ui/search_form.h"
 
 #include "ui/action_set_tool_bar.h"
-#include "ui/check_frame.h"
 #include "ui/display_text.h"
 #include "ui/wish_list_tree.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
-#include <QStyleOptionButton>
 
 #include <optional>
 
@@ -30,14 +28,6 @@ QTreeWidgetItem* RowOf(const Item* ip_wish) {
 QCheckBox* BoxOf(const Item* ip_wish) {
     return ip_wish->HasItem("wish_list_node")["wish_list_node_checkbox"].AsPointer<QCheckBox>();
 }
-
-class WishBox : public QCheckBox {
-protected:
-    void initStyleOption(QStyleOptionButton* o_option) const override {
-        QCheckBox::initStyleOption(o_option);
-        FrameOnDarkList(o_option->palette);
-    }
-};
 
 void ShowEnabled(QTreeWidgetItem& io_row, bool i_isEnabled) {
     io_row.setText(c_boxColumn, i_isEnabled ? QStringLiteral("Y") : QString());
@@ -66,7 +56,7 @@ void SearchForm::OnWishListItemAdded(Item* ip_wish) {
     ShowEnabled(*lp_row, IsEnabled(ip_wish));
     mp_wishList->addTopLevelItem(lp_row);
 
-    QCheckBox* const lp_box = new WishBox;
+    QCheckBox* const lp_box = new QCheckBox;
     lp_box->setAccessibleName(tr("Repeat the search %1").arg(LabelText(ip_wish->AsView())));
     lp_box->setFocusPolicy(Qt::NoFocus); // the keyboard has the space bar on the row
     lp_box->setChecked(IsEnabled(ip_wish));

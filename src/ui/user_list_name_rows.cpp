@@ -1,11 +1,9 @@
 #include "ui/user_list_name_rows.h"
 
-#include "ui/check_frame.h"
 #include "ui/display_text.h"
 #include "ui/row_name.h"
 
 #include <QListWidget>
-#include <QStyledItemDelegate>
 
 namespace {
 
@@ -24,24 +22,12 @@ int PlaceOf(const QListWidget* ip_list, const QString& i_text) {
     return l_low;
 }
 
-class NameRowDelegate : public QStyledItemDelegate {
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-protected:
-    void initStyleOption(QStyleOptionViewItem* o_option, const QModelIndex& i_index) const override {
-        QStyledItemDelegate::initStyleOption(o_option, i_index);
-        FrameOnDarkList(o_option->palette);
-    }
-};
-
 } // namespace
 
 void PrepareNameList(QListWidget* ip_list) {
     ip_list->setTextElideMode(Qt::ElideRight);
     ip_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     ip_list->setUniformItemSizes(true);
-    ip_list->setItemDelegate(new NameRowDelegate(ip_list));
 }
 
 QListWidgetItem* AddNameRow(QListWidget* ip_list, std::string_view i_name) {

@@ -7,7 +7,7 @@
 class QListWidget;
 class QListWidgetItem;
 
-// No wider than the list: long names end in an ellipsis. Check boxes can be seen on dark palettes too.
+// No wider than the list: long names end in an ellipsis.
 void PrepareNameList(QListWidget* ip_list);
 // Puts a row in its alphabetic place, without regard to case. All rows of the list must come from here.
 QListWidgetItem* AddNameRow(QListWidget* ip_list, std::string_view i_name);

@@ -1,7 +1,9 @@
 #include "ui/row_colour.h"
+#include "ui/window_style.h"
 
 #include <QImage>
 #include <QPainter>
+#include <QStyleOption>
 #include <QTreeWidget>
 
 #include <gtest/gtest.h>
@@ -53,4 +55,29 @@ TEST(RowColour, ADelegateFollowsThePalette) {
     };
     EXPECT_EQ(l_painted(Palette("#ffffff", "#f0f0f0", "#303030")), QColor(Qt::black));
     EXPECT_EQ(l_painted(Palette("#1b1e20", "#31363b", "#eff0f1")), QColor(0xef, 0xf0, 0xf1));
+}
+
+TEST(WindowStyle, BoxesToCheckHaveAFrameThatIsSeenOnDark) {
+    const WindowStyle l_style(QStringLiteral("Fusion"));
+    const QPalette l_dark = Palette("#1b1e20", "#31363b", "#eff0f1");
+    const auto l_framePixels = [&](QStyle::PrimitiveElement i_element, QStyleOption&& i_option) {
+        QImage l_image(16, 16, QImage::Format_RGB32);
+        l_image.fill(l_dark.color(QPalette::Base));
+        i_option.palette = l_dark;
+        i_option.palette.setColor(QPalette::Window, QColor(0x2a, 0x2e, 0x32));
+        i_option.rect = l_image.rect();
+        i_option.state = QStyle::State_Enabled | QStyle::State_Off;
+        QPainter l_painter(&l_image);
+        l_style.drawPrimitive(i_element, &i_option, &l_painter, nullptr);
+        l_painter.end();
+        int l_count = 0;
+        for (int l_x = 0; l_x < l_image.width(); ++l_x) {
+            for (int l_y = 0; l_y < l_image.height(); ++l_y) {
+                l_count += ContrastRatio(l_image.pixelColor(l_x, l_y), l_dark.color(QPalette::Base)) >= 3 ? 1 : 0;
+            }
+        }
+        return l_count;
+    };
+    EXPECT_GE(l_framePixels(QStyle::PE_IndicatorCheckBox, QStyleOptionButton()), 40);
+    EXPECT_GE(l_framePixels(QStyle::PE_IndicatorItemViewItemCheck, QStyleOptionViewItem()), 40);
 }

@@ -124,7 +124,8 @@ make_newcomer() {
 
 run_window() {
   "$bin/tidewell-store" want "$store" Marlo "$wanted" "$(stat -c %s "$wanted")"
-  echo "The window is yours: Newcomer on 127.0.0.1:$server_port. Closing it, or Ctrl+C here, ends everything."
+  echo "The window is yours: you are Newcomer on 127.0.0.1:$server_port, with a download under way on the Transfers page."
+  echo "Try \"tide\" on the Search page; Marlo and Pebble answer. Closing the window, or Ctrl+C here, ends everything."
   start "$demo/Newcomer.log" env HOME="$home" "$bin/tidewell"
   wait $! || fail "The client did not end well; what it said lies in $demo/Newcomer.log."
 }

@@ -5,7 +5,7 @@
 
 namespace {
 
-constexpr int c_pageBits = 14; // some 150 files
+constexpr int c_pageBits = 16; // some 600 files
 
 } // namespace
 

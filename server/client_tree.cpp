@@ -20,8 +20,9 @@ void ClientTree::Enter(const std::string& i_user, Session* ip_session) {
     }
 }
 
-void ClientTree::Leave(const std::string& i_user) {
+std::string ClientTree::Leave(const std::string& i_user) {
     Client& l_client = Get(i_user);
+    const std::string l_parent = l_client.assumedParent ? l_client.assumedParent->name : std::string();
     Assume(l_client, nullptr);
     l_client.session = nullptr;
     l_client.departure = Clock::now();
@@ -32,6 +33,7 @@ void ClientTree::Leave(const std::string& i_user) {
     l_client.level = -1;
     l_client.leader.clear();
     m_departures.emplace_back(l_client.departure, i_user);
+    return l_parent;
 }
 
 void ClientTree::ForgetLongGone(Clock::time_point i_now) {

@@ -31,7 +31,8 @@ public:
 
     // A client who leaves is remembered for a while: it may have lost only the server, and keep its place.
     void Enter(const std::string& i_user, Session* ip_session);
-    void Leave(const std::string& i_user);
+    // Who has room for one child more thereby; empty if nobody.
+    std::string Leave(const std::string& i_user);
 
     void LoseParent(const std::string& i_user); // it looks for one from now on
     void FindParent(const std::string& i_user); // it has one, and gives up the others that it was offered

@@ -38,7 +38,8 @@ void SearchTree::Leave(Session& i_session) {
     const auto l_rates = m_rates.find(i_session.Name());
     if (l_rates != m_rates.end() && l_rates->second.session == &i_session) {
         m_rates.erase(l_rates);
-        m_tree.Leave(i_session.Name());
+        // The children of who has gone may have asked already, when its place was not free yet.
+        OfferToWaiting(m_tree.Leave(i_session.Name()));
     }
 }
 
@@ -93,8 +94,12 @@ void SearchTree::OnCanParent(Session& i_session, const to_server::DNetCanParent&
     const std::string& l_user = i_session.Name();
     const std::int64_t l_capacity = ChildCapacity(m_directory.StatsOf(l_user).averageSpeed, m_terms.parentRatio);
     m_tree.SetCapacity(l_user, i_message.canParent ? std::max<std::int64_t>(1, l_capacity) : 0);
-    for (const std::string& l_waiting : m_tree.WaitingFor(l_user)) {
-        OfferParents(*m_directory.Find(l_waiting));
+    OfferToWaiting(l_user);
+}
+
+void SearchTree::OfferToWaiting(const std::string& i_parent) {
+    for (const std::string& l_waiting : m_tree.WaitingFor(i_parent)) {
+        OfferParents(*m_rates.at(l_waiting).session);
     }
 }
 

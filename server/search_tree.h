@@ -46,6 +46,7 @@ private:
 
     void Search(const Session& i_session, std::uint32_t i_token, const std::string& i_text);
     void OfferParents(Session& io_session);
+    void OfferToWaiting(const std::string& i_parent);
     Rates& RatesOf(const Session& i_session);
 
     const Directory& m_directory;

@@ -9,6 +9,7 @@
 #include <QElapsedTimer>
 
 #include <deque>
+#include <optional>
 
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -190,21 +191,27 @@ TEST(ServerSearch, LevelsAndLeadersCountAsFarAsTheyCanBeTrue) {
 
 TEST(ServerSearch, TenAtATimeAndWhoWaitsHearsOfThoseWhoComeLater) {
     const ServerProcess l_server(g_options);
-    Member l_early(l_server, "early");
+    std::optional<Member> l_early(std::in_place, l_server, "early");
     Member l_second(l_server, "second");
-    EXPECT_THAT(l_early.LookForParent(), IsEmpty());
+    EXPECT_THAT(l_early->LookForParent(), IsEmpty());
     EXPECT_THAT(l_second.LookForParent(), IsEmpty());
     Member l_narrow(l_server, "narrow");
     l_narrow.BeParent(5);
-    EXPECT_THAT(TakeOffered(l_early), ElementsAre("narrow"));
+    EXPECT_THAT(TakeOffered(*l_early), ElementsAre("narrow"));
     EXPECT_THAT(TakeOffered(l_second), IsEmpty()) << "one child is all that it can take";
+    l_early.reset();
+    const auto l_list = l_second.Await<from_server::DNetPossibleParents>();
+    ASSERT_TRUE(l_list) << "its place is free";
+    EXPECT_EQ(l_list->parents.front().first, "narrow");
+    Member l_third(l_server, "third");
+    EXPECT_THAT(l_third.LookForParent(), IsEmpty());
 
     std::deque<Member> l_parents;
     for (int l_index = 0; l_index < 11; ++l_index) {
         l_parents.emplace_back(l_server, "p" + std::to_string(l_index + 10));
         l_parents.back().BeParent(100);
     }
-    EXPECT_THAT(TakeOffered(l_second), ElementsAre("p10"));
+    EXPECT_THAT(TakeOffered(l_third), ElementsAre("p10"));
     Member l_late(l_server, "late");
     EXPECT_EQ(l_late.LookForParent().size(), 10U);
     EXPECT_EQ(l_late.LookForParent().size(), 1U) << "those not yet tried";

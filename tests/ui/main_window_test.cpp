@@ -114,7 +114,6 @@ TEST_F(MainWindowTest, LoadedSettingsAndSharesFillTheOptions) {
     std::filesystem::create_directory(HomePath("grouped"));
     SeedUser([&] {
         SetSetting("download_folder", "/somewhere/else");
-        SetSetting("listening_port", 0);
         Type* const lp_folders = d.GetType("shared_folder");
         lp_folders->GetItem(HomePath("open"))->NewItem("shared_public");
         lp_folders->GetItem(HomePath("listed"))->NewItem("shared_userlist");

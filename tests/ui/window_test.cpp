@@ -97,6 +97,7 @@ void WindowTest::SeedUser(int i_serverPort, const std::function<void()>& i_more)
         SetSetting("server_host", "127.0.0.1");
         SetSetting("server_port", i_serverPort);
         SetSetting("use_upnp", "no");
+        SetSetting("listening_port", 0); // any that is free: other tests run beside this one
         i_more();
     });
 }

@@ -24,7 +24,7 @@ std::uintptr_t FileRoots::PageOf(const Item* ip_file) {
 void FileRoots::Read() {
     m_places.clear();
     m_placeOfPage.clear();
-    m_filesRead = 0;
+    std::size_t l_filesRead = 0;
     std::map<std::vector<Item*>, Place> l_placeOfRoots;
     for (Item* const lp_folder : g("shared_file_folder")) {
         const ItemSet l_roots = lp_folder->GetItems("shared_folder");
@@ -32,10 +32,10 @@ void FileRoots::Read() {
             l_placeOfRoots.try_emplace({l_roots.begin(), l_roots.end()}, static_cast<Place>(m_places.size()));
         if (l_isNew)
             m_places.push_back(l_place->first);
-        ReadFolder(lp_folder, l_place->second);
+        l_filesRead += ReadFolder(lp_folder, l_place->second);
     }
     // Only an edited store file has files of no directory. Nobody may see them.
-    const ItemSet l_lost = m_filesRead == d.GetType("shared_file")->CountItems()
+    const ItemSet l_lost = l_filesRead == d.GetType("shared_file")->CountItems()
                                ? ItemSet()
                                : g("shared_file").NotConnected("shared_file_folder");
     for (const Item* const lp_file : l_lost)
@@ -43,10 +43,11 @@ void FileRoots::Read() {
     m_isRead = true;
 }
 
-void FileRoots::ReadFolder(Item* ip_folder, Place i_place) {
+std::size_t FileRoots::ReadFolder(Item* ip_folder, Place i_place) {
+    std::size_t l_filesRead = 0;
     std::uintptr_t l_page = 0;
     d.AnyOfSubset({&ip_folder, 1}, "shared_file", [&](const Item* ip_file) {
-        ++m_filesRead;
+        ++l_filesRead;
         if (PageOf(ip_file) != l_page) {
             l_page = PageOf(ip_file);
             Place& l_place = m_placeOfPage.try_emplace(l_page, i_place).first->second;
@@ -55,6 +56,7 @@ void FileRoots::ReadFolder(Item* ip_folder, Place i_place) {
         }
         return false;
     });
+    return l_filesRead;
 }
 
 FileRoots::Sight::Sight(FileRoots& io_roots, const ItemSet& i_visible) : m_roots(io_roots), m_visible(i_visible) {

@@ -43,11 +43,10 @@ private:
 
     static std::uintptr_t PageOf(const Item* ip_file);
     void Read();
-    void ReadFolder(Item* ip_folder, Place i_place);
+    std::size_t ReadFolder(Item* ip_folder, Place i_place); // how many files it has
     void OnChange(ConnectionInfo&) { m_isRead = false; }
 
     bool m_isRead = false;
     std::vector<std::vector<Item*>> m_places; // the roots of each
     absl::flat_hash_map<std::uintptr_t, Place> m_placeOfPage;
-    std::size_t m_filesRead = 0;
 };

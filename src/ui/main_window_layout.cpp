@@ -10,6 +10,7 @@
 #include "ui/search_form.h"
 #include "ui/shares_form.h"
 #include "ui/status_bar.h"
+#include "ui/tab_closer.h"
 #include "ui/tab_page.h"
 #include "ui/transfers_form.h"
 #include "ui/user_list_form.h"
@@ -159,6 +160,7 @@ void MainWindowLayout::MakeChatPage() {
     chatTabControl = Named(new QTabWidget, "chatTabControl");
     CallTabs(chatTabControl, Text("Private chats"));
     chatTabControl->setTabsClosable(true);
+    new TabCloser(chatTabControl);
     new EmptyTabsHint(chatTabControl, Text("No private chats. \"Message user\" in the menu of a user opens one, and so "
                                            "does a message from somebody."));
     chatPage = MakePageOf("chatPage", chatTabControl);

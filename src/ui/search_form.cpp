@@ -19,12 +19,12 @@
 #include "ui/search_results_tree.h"
 #include "ui/search_schema.h"
 #include "ui/size_manager.h"
+#include "ui/tab_closer.h"
 #include "ui/user_menu_options.h"
 #include "ui/wish_list_tree.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QMouseEvent>
 #include <QSplitter>
 #include <QTabBar>
 #include <QTabWidget>
@@ -53,7 +53,6 @@ SearchForm::SearchForm(QWidget* ip_parent) : QWidget(ip_parent) {
     BuildLayout();
     connect(mp_searchEdit, &QLineEdit::returnPressed, this, &SearchForm::OnSearchEntered);
     connect(mp_tabs, &QTabWidget::tabCloseRequested, this, &SearchForm::OnTabCloseRequested);
-    mp_tabs->tabBar()->installEventFilter(this);
     AddKeys();
 }
 
@@ -68,6 +67,7 @@ void SearchForm::BuildLayout() {
     mp_tabs->setAccessibleName(tr("Searches"));
     mp_tabs->tabBar()->setAccessibleName(tr("Searches"));
     mp_tabs->setTabsClosable(true);
+    new TabCloser(mp_tabs);
     new EmptyTabsHint(mp_tabs, tr("Type some words above and press Return.\nWhat other users share under them "
                                   "comes in here."));
     mp_wishList = new WishListTree(this);
@@ -262,16 +262,4 @@ void SearchForm::OnDownloadsChanged(ConnectionInfo&) {
     if (SearchResultsForm* const lp_form = CurrentForm(); lp_form && lp_form->isVisible()) {
         lp_form->Tree()->viewport()->update();
     }
-}
-
-bool SearchForm::eventFilter(QObject* ip_watched, QEvent* ip_event) {
-    if (ip_watched == mp_tabs->tabBar() && ip_event->type() == QEvent::MouseButtonRelease) {
-        const QMouseEvent* const lp_mouse = static_cast<QMouseEvent*>(ip_event);
-        const int l_tab = mp_tabs->tabBar()->tabAt(lp_mouse->pos());
-        if (lp_mouse->button() == Qt::MiddleButton && l_tab >= 0) {
-            OnTabCloseRequested(l_tab);
-            return true;
-        }
-    }
-    return QWidget::eventFilter(ip_watched, ip_event);
 }

@@ -56,9 +56,6 @@ public:
     void OnWishListItemAdded(Item* ip_wish);
     void OnWishListItemRemoved(Item* ip_wish);
 
-protected:
-    bool eventFilter(QObject* ip_watched, QEvent* ip_event) override;
-
 private:
     void BuildLayout();
     void AddKeys();

@@ -5,8 +5,8 @@
 #include "ui/display_text.h"
 #include "ui/empty_tabs_hint.h"
 #include "ui/share_form.h"
+#include "ui/tab_closer.h"
 
-#include <QMouseEvent>
 #include <QShortcut>
 #include <QTabBar>
 #include <QTabWidget>
@@ -29,7 +29,7 @@ SharesForm::SharesForm(QWidget* ip_parent) : QWidget(ip_parent), mp_tabControl(n
     mp_tabControl->setObjectName(QStringLiteral("tabControl"));
     mp_tabControl->setTabsClosable(true);
     mp_tabControl->tabBar()->setAccessibleName(tr("Share lists"));
-    mp_tabControl->tabBar()->installEventFilter(this);
+    new TabCloser(mp_tabControl);
     new EmptyTabsHint(mp_tabControl, tr("No share lists are open. \"Browse user's files\" in the menu of a user asks "
                                         "for one; it opens here when it has arrived."));
     QVBoxLayout* const lp_layout = new QVBoxLayout(this);
@@ -91,16 +91,4 @@ void SharesForm::OnToolBarActionTriggered(std::string i_id) {
 
 ShareForm* SharesForm::CurrentForm() const {
     return qobject_cast<ShareForm*>(mp_tabControl->currentWidget());
-}
-
-// A click with the middle button closes the tab under it.
-bool SharesForm::eventFilter(QObject* ip_watched, QEvent* ip_event) {
-    if (ip_watched == mp_tabControl->tabBar() && ip_event->type() == QEvent::MouseButtonRelease) {
-        const QMouseEvent* const lp_click = static_cast<QMouseEvent*>(ip_event);
-        if (lp_click->button() == Qt::MiddleButton) {
-            OnTabCloseRequested(mp_tabControl->tabBar()->tabAt(lp_click->position().toPoint()));
-            return true;
-        }
-    }
-    return QWidget::eventFilter(ip_watched, ip_event);
 }

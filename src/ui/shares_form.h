@@ -19,8 +19,6 @@ public:
     // Once; needs sharedFoldersManager, transferQueueManager, actionBar and eventToolBar.
     void Init();
 
-    bool eventFilter(QObject* ip_watched, QEvent* ip_event) override;
-
 private:
     void OnUserShare(Item* ip_share);
     void OnTabCloseRequested(int i_index);

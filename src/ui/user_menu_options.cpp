@@ -26,10 +26,7 @@ void OpenUserGroups(const std::string& i_user) {
 // The tab of the list that the user has sent us, if one stands.
 QWidget* ShareTab(const std::string& i_user) {
     const ItemPtr l_share = d.GetType("user")->HasItem(i_user)["user_share"];
-    if (!l_share || !d.FindType("user_share_tab")) {
-        return nullptr;
-    }
-    return l_share["user_share_tab"].AsPointer<QWidget>();
+    return l_share ? l_share["user_share_tab"].AsPointer<QWidget>() : nullptr;
 }
 
 } // namespace

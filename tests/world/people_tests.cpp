@@ -53,14 +53,6 @@ protected:
     const ServerProcess m_server;
 };
 
-struct Asker {
-    Asker(const std::string& i_user, const ServerProcess& i_server, const ClientHome& i_source)
-        : peer(i_user, i_server.Port()), link(peer.ConnectTo(i_source.Port(), "P")) {}
-
-    ScriptedPeer peer;
-    PeerLink link;
-};
-
 } // namespace
 
 TEST_F(WorldPeople, AddUserAsksTheServerFirst) {
@@ -129,12 +121,12 @@ TEST_F(WorldPeople, APriorityOrdersTheQueueAtTheNextNewUpload) {
     DrivenClient l_source(l_home);
     l_source.AwaitConnected();
 
-    Asker l_holder("holder", m_server, l_home);
-    Asker l_first("first", m_server, l_home);
-    Asker l_grouped("grouped", m_server, l_home);
-    Asker l_last("last", m_server, l_home);
+    ConnectedPeer l_holder("holder", m_server.Port(), l_home.Port());
+    ConnectedPeer l_first("first", m_server.Port(), l_home.Port());
+    ConnectedPeer l_grouped("grouped", m_server.Port(), l_home.Port());
+    ConnectedPeer l_last("last", m_server.Port(), l_home.Port());
     int l_queued = 0;
-    const auto l_queue = [&](Asker& io_asker) {
+    const auto l_queue = [&](ConnectedPeer& io_asker) {
         io_asker.link.Send(QueueUpload{l_file.toStdString()});
         ++l_queued;
         EXPECT_TRUE(WaitUntil([&] { return l_source.Items("upload_entry").size() == l_queued; }));

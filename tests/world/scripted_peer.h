@@ -39,3 +39,12 @@ private:
     QTcpServer m_listener;
     ScriptedClient m_server;
 };
+
+// Somebody who talks to a client about its files, in one connection for messages.
+struct ConnectedPeer {
+    ConnectedPeer(const std::string& i_user, quint16 i_serverPort, quint16 i_clientPort)
+        : peer(i_user, i_serverPort), link(peer.ConnectTo(i_clientPort, "P")) {}
+
+    ScriptedPeer peer;
+    PeerLink link;
+};

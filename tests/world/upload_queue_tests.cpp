@@ -28,22 +28,16 @@ TEST(WorldUploadQueue, GoesByGroupThenPrivilegeThenArrival) {
     l_source.AwaitConnected();
     l_source.Do({QStringLiteral("priority"), QStringLiteral("friends"), QStringLiteral("1")});
 
-    struct Asker {
-        Asker(const std::string& i_user, const ServerProcess& i_server, const ClientHome& i_source)
-            : peer(i_user, i_server.Port()), link(peer.ConnectTo(i_source.Port(), "P")) {}
-        ScriptedPeer peer;
-        PeerLink link;
-    };
-    Asker l_holder("holder", l_server, l_home);
-    Asker l_first("first", l_server, l_home);
-    Asker l_privileged("privileged", l_server, l_home);
-    Asker l_grouped("grouped", l_server, l_home);
+    ConnectedPeer l_holder("holder", l_server.Port(), l_home.Port());
+    ConnectedPeer l_first("first", l_server.Port(), l_home.Port());
+    ConnectedPeer l_privileged("privileged", l_server.Port(), l_home.Port());
+    ConnectedPeer l_grouped("grouped", l_server.Port(), l_home.Port());
 
     l_holder.link.Send(QueueUpload{l_file.toStdString()});
     const auto l_held = l_holder.link.Await<TransferRequest>();
     ASSERT_TRUE(l_held);
     int l_queued = 1;
-    for (Asker* lp_asker : {&l_first, &l_privileged, &l_grouped}) {
+    for (ConnectedPeer* lp_asker : {&l_first, &l_privileged, &l_grouped}) {
         lp_asker->link.Send(QueueUpload{l_file.toStdString()});
         ++l_queued;
         EXPECT_TRUE(WaitUntil([&] { return l_source.Items("upload_entry").size() == l_queued; }));
@@ -51,7 +45,7 @@ TEST(WorldUploadQueue, GoesByGroupThenPrivilegeThenArrival) {
     }
 
     Refuse(l_holder.link, *l_held);
-    for (Asker* lp_asker : {&l_grouped, &l_privileged, &l_first}) {
+    for (ConnectedPeer* lp_asker : {&l_grouped, &l_privileged, &l_first}) {
         const auto l_offer = lp_asker->link.Await<TransferRequest>();
         ASSERT_TRUE(l_offer) << lp_asker->peer.User();
         // One slot: nobody else has an offer yet.
